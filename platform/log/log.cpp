@@ -91,10 +91,12 @@ LogState& State() {
 void Write(Level level, std::string_view function, std::string_view source,
            std::string_view text) noexcept {
     try {
-        // spdlog keeps only pointers to the location strings while formatting this record.
+        // spdlog keeps only pointers to the location strings while formatting this record. It
+        // treats a location with line 0 as absent, and our records carry no line, so pass 1 (the
+        // pattern does not print it).
         const std::string fn(function);
         const std::string src(source);
-        State().logger->log(spdlog::source_loc{src.c_str(), 0, fn.c_str()}, ToSpd(level), "{}",
+        State().logger->log(spdlog::source_loc{src.c_str(), 1, fn.c_str()}, ToSpd(level), "{}",
                             text);
     } catch (const std::exception& e) {
         fprintf(stderr, "lattix: log record lost: %s\n", e.what());
