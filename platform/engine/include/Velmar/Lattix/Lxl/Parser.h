@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Velmar/Lattix/Lxl/Node.h"
+#include "Velmar/Lattix/Lxl/NodeVisitor.h"
 #include "Velmar/Lattix/Lxl/SyntaxError.h"
 
 // The expression language LXL: parsing, printing and the questions asked of a parsed expression.
