@@ -1,0 +1,56 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "ZML/Part.h"
+
+namespace ZML {
+
+struct numberData;
+
+// A number field with limits, a step for its spin arrows and a display format. It may be blank
+// (no value) when its property "AllowBlank" is "Yes"; with "WholeNumber" set to "Yes" it takes
+// whole numbers only.
+class Number : public Part {
+public:
+    explicit Number(std::string name = {});
+    ~Number() override;
+
+    std::string Kind() const override;
+
+    // Sets the value, clamped to the limits (a whole number when "WholeNumber" is set), without
+    // firing events.
+    void SetValue(double value);
+    // Makes the field blank.
+    void SetBlank();
+    bool IsBlank() const;
+    // The value, or not-a-number when blank.
+    double Value() const;
+
+    // Refused with an exception when min > max.
+    void LimitsSet(double min, double max);
+    double Min() const;
+    double Max() const;
+    // Must be positive.
+    void StepSet(double step);
+    double Step() const;
+    // "W.P": a field W characters wide showing P digits after the point ("10.6", "10.0", "8.2").
+    // Refused with an exception for anything else.
+    void FormatSet(const std::string& format);
+    const std::string& Format() const;
+    // The value as the field shows it, empty when blank.
+    std::wstring Text() const;
+
+    // A user entering `text`: empty makes the field blank (when allowed), otherwise the text
+    // must be a number (whole when required) within the limits. On success "valuechanged"
+    // fires and true is returned; otherwise the value is kept and false is returned.
+    bool UserEnter(const std::wstring& text);
+    // A user pressing a spin arrow: one step up (steps > 0) or down, clamped to the limits.
+    bool UserStep(int steps);
+
+private:
+    std::shared_ptr<numberData> numberRecord;
+};
+
+}  // namespace ZML
