@@ -89,6 +89,12 @@ endfunction()
 function(lattix_install_package)
     include(CMakePackageConfigHelpers)
     set(cmakedir ${CMAKE_INSTALL_LIBDIR}/cmake/modelgui)
+    # The package config finds Qt only when the Qt backend is part of the package.
+    if(TARGET zml_qt)
+        set(LATTIX_EXPORTS_QT ON)
+    else()
+        set(LATTIX_EXPORTS_QT OFF)
+    endif()
     install(EXPORT modelguiTargets NAMESPACE modelgui:: DESTINATION ${cmakedir})
     configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/modelguiConfig.cmake.in
         ${PROJECT_BINARY_DIR}/modelguiConfig.cmake INSTALL_DESTINATION ${cmakedir})

@@ -52,14 +52,21 @@ std::wstring qstr_PersonalDir() {
 std::wstring qstr_TamarinHome() {
     const std::string home = EnvOrEmpty("TAMARIN_HOME");
     if (!home.empty()) return qtxt::UTF8toDefaultWide(home);
+    // Installed: share/lattix under the prefix the library lives in (lib/ or lib/<arch>/).
     fs::path installed;
     Dl_info info{};
     if (::dladdr(reinterpret_cast<const void*>(&qstr_TamarinHome), &info) != 0 &&
         info.dli_fname != nullptr) {
         std::error_code error;
-        const fs::path library = fs::weakly_canonical(info.dli_fname, error);
-        installed = library.parent_path().parent_path() / "share" / "lattix";
-        if (fs::is_directory(installed, error)) return qtxt::UTF8toDefaultWide(installed.string());
+        fs::path folder = fs::weakly_canonical(info.dli_fname, error).parent_path();
+        for (int up = 0; up < 3 && folder.has_relative_path(); ++up) {
+            folder = folder.parent_path();
+            const fs::path candidate = folder / "share" / "lattix";
+            if (installed.empty()) installed = candidate;
+            if (fs::is_directory(candidate, error)) {
+                return qtxt::UTF8toDefaultWide(candidate.string());
+            }
+        }
     }
     const fs::path sourceResources = fs::path(LATTIX_SOURCE_DIR) / "resources";
     std::error_code error;
