@@ -192,3 +192,98 @@ TEST(LxlParse, LongFlatExpressionsAreFine) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(LxlParse, TallestAcceptedTreeSurvivesEveryWalk) {
+    std::wstring text = L"$a";
+    for (int i = 0; i < 990; ++i) text += (i % 2 ? L" + $a" : L" - $a");
+    const auto tree = Parse(text);
+    EXPECT_GT(tree->Height(), 980u);
+    EXPECT_EQ(Dump(*Parse(ToText(*tree))), Dump(*tree));
+    EXPECT_EQ(ReferencedPorts(*tree), std::vector<std::wstring>{L"a"});
+}
+
+// Random soups of LXL fragments: every one either parses, and then reads back from its canonical
+// text, or fails with a SyntaxError inside the text; nothing else may happen.
+TEST(LxlParse, RandomTextEitherParsesAndRoundTripsOrFailsCleanly) {
+    const wchar_t* fragments[] = {
+        L"$a",
+        L"$\"p q\"",
+        L"<v>",
+        L"1",
+        L"2.5e3",
+        L"\"s\\n\"",
+        L"'",
+        L"\"",
+        L"(",
+        L")",
+        L"{",
+        L"}",
+        L",",
+        L":",
+        L"?",
+        L"+",
+        L"-",
+        L"*",
+        L"/",
+        L"%",
+        L"^",
+        L"==",
+        L"!=",
+        L"<",
+        L"<=",
+        L">",
+        L">=",
+        L"&&",
+        L"||",
+        L"!",
+        L"and",
+        L"or",
+        L"not",
+        L"if",
+        L"true",
+        L"Sin",
+        L"A.B",
+        L".",
+        L"...",
+        L" ",
+        L"\n",
+        L"=",
+        L"@",
+        L"USEALL",
+        L"IGNORE_VALUE",
+        L"USE_LOOKUP_TABLE",
+        L"\\",
+        L"\x00e9",
+        L"$",
+    };
+    const std::size_t count = sizeof fragments / sizeof fragments[0];
+    std::uint64_t state = 0x9e3779b97f4a7c15ull;
+    auto next = [&state]() {
+        state ^= state << 13;
+        state ^= state >> 7;
+        state ^= state << 17;
+        return state;
+    };
+    ParseOptions options;
+    options.allowPlaceholders = true;
+    std::size_t parsed = 0;
+    for (int round = 0; round < 20000; ++round) {
+        std::wstring text;
+        const std::size_t length = 1 + next() % 12;
+        for (std::size_t i = 0; i < length; ++i) text += fragments[next() % count];
+        try {
+            const auto tree = Parse(text, options);
+            ++parsed;
+            const std::wstring canonical = ToText(*tree);
+            ASSERT_EQ(Dump(*Parse(canonical, options)), Dump(*tree)) << qtxt::narrow(text);
+        } catch (const SyntaxError& e) {
+            ASSERT_LE(e.Position(), text.size()) << qtxt::narrow(text);
+            ASSERT_FALSE(e.WideMessage().empty());
+        }
+    }
+    EXPECT_GT(parsed, 100u);
+}
+
+}  // namespace

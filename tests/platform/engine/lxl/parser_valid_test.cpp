@@ -89,6 +89,13 @@ const ValidCase kValid[] = {
     {L"Stack($a, $b)(2)", L"(layers (call Stack $a $b) 2)"},
     {L"($a + $b)(1) * 2", L"(* (layers (+ $a $b) 1) 2)"},
     {L"$img($n - 1 : $n + 1)", L"(layers $img (range (- $n 1) (+ $n 1)))"},
+    // documented examples
+    {L"if($dem > 1000, FocalMean($dem, 3, IGNORE_VALUE -9999), $dem * 0.3048)",
+     L"(if (> $dem 1000) (call FocalMean $dem 3 (option IGNORE_VALUE (- 9999))) (* $dem 0.3048))"},
+    {L"$img($c ? 1 : 2 : 4)", L"(layers $img (range (if $c 1 2) 4))"},
+    {L"not not $a", L"(not (not $a))"},
+    {L"$\"H\u00f6he\" + $\"rain fall\"", L"(+ $\"H\u00f6he\" $\"rain fall\")"},
+    {L"USE_VALUE_OF(USE_VALUE $classes)", L"(call USE_VALUE_OF (option USE_VALUE $classes))"},
     // layout
     {L"  $a\n  + \t$b\r\n", L"(+ $a $b)"},
 };
