@@ -1,7 +1,6 @@
 #include "Velmar/Lattix/Lxl/Parser.h"
 
 #include <array>
-#include <deque>
 #include <optional>
 #include <unordered_set>
 #include <utility>
@@ -42,6 +41,9 @@ public:
     Parser(std::wstring_view text, const ParseOptions& options)
         : text(text), options(options), lexer(text) {}
 
+    // The placeholders met so far, in text order.
+    std::vector<Node::Ptr> placeholders;
+
     Node::Ptr ParseAll() {
         Node::Ptr root = ParseExpression();
         if (Peek().kind != TokenKind::End) {
@@ -55,14 +57,18 @@ private:
     // Lookahead ------------------------------------------------------------------------------
 
     const Token& Peek(std::size_t ahead = 0) {
-        while (lookahead.size() <= ahead) lookahead.push_back(lexer.Next());
-        return lookahead[ahead];
+        while (buffered <= ahead) {
+            lookahead[(head + buffered) % lookahead.size()] = lexer.Next();
+            ++buffered;
+        }
+        return lookahead[(head + ahead) % lookahead.size()];
     }
 
     Token Take() {
         Peek();
-        Token t = std::move(lookahead.front());
-        lookahead.pop_front();
+        Token t = std::move(lookahead[head]);
+        head = (head + 1) % lookahead.size();
+        --buffered;
         lastEnd = t.end;
         return t;
     }
@@ -325,7 +331,8 @@ private:
             }
             case TokenKind::Placeholder: {
                 Token p = Take();
-                return Node::MakePlaceholder(std::move(p.text), SpanFrom(begin));
+                placeholders.push_back(Node::MakePlaceholder(std::move(p.text), SpanFrom(begin)));
+                return placeholders.back();
             }
             case TokenKind::LeftParen: {
                 Take();
@@ -447,7 +454,10 @@ private:
     std::wstring_view text;
     const ParseOptions& options;
     Lexer lexer;
-    std::deque<Token> lookahead;
+    // At most three tokens are looked at ahead (a qualified call name); a ring keeps them.
+    std::array<Token, 4> lookahead;
+    std::size_t head = 0;
+    std::size_t buffered = 0;
     std::size_t lastEnd = 0;
     std::size_t nesting = 0;
 };
@@ -474,7 +484,7 @@ std::shared_ptr<const Node> Parse(std::wstring_view text, const ParseOptions& op
     }
     Node::Ptr root = parser.ParseAll();
     if (!options.allowPlaceholders) {
-        const std::vector<Node::Ptr> left = Placeholders(root);
+        const std::vector<Node::Ptr>& left = parser.placeholders;
         if (!left.empty()) {
             const std::size_t position = left.front()->Span().begin;
             std::wstring message;
