@@ -1,0 +1,409 @@
+#include "Velmar/Lattix/Port.h"
+
+#include <algorithm>
+
+#include "QuarnLog/Exception.h"
+#include "Velmar/Lattix/BoolData.h"
+#include "Velmar/Lattix/DataFactory.h"
+#include "Velmar/Lattix/DoubleData.h"
+#include "Velmar/Lattix/IntData.h"
+#include "Velmar/Lattix/StringData.h"
+#include "Velmar/Lattix/StringListData.h"
+#include "core/records.h"
+#include "core/textutil.h"
+
+namespace Velmar::Lattix {
+
+namespace {
+
+const std::wstring keywordsAttribute = L"Keywords";
+const std::wstring additionalTypesAttribute = L"AdditionalTypes";
+const std::wstring excludedTypesAttribute = L"ExcludedTypes";
+
+void AddUnique(std::vector<ObjectName>& list, const ObjectName& type) {
+    if (std::find(list.begin(), list.end(), type) == list.end()) list.push_back(type);
+}
+
+std::shared_ptr<StringListData> TypeList(const std::vector<ObjectName>& types) {
+    auto list = std::make_shared<StringListData>();
+    for (const auto& type : types) list->Append(type.GetFullName());
+    return list;
+}
+
+std::vector<std::wstring> TextsOf(const std::shared_ptr<Data>& value) {
+    if (!value) return {};
+    if (auto list = std::dynamic_pointer_cast<StringListData>(value)) return list->GetValue();
+    return StringListData::SplitItems(value->ToString());
+}
+
+std::vector<ObjectName> TypesOf(const std::shared_ptr<Data>& value) {
+    std::vector<ObjectName> types;
+    for (const auto& text : TextsOf(value)) {
+        ObjectName type;
+        if (!ObjectName::TryParse(text, type))
+            QUARN_THROW(L"\"" + text + L"\" is not a data type name: Invalid full name format.");
+        AddUnique(types, type);
+    }
+    return types;
+}
+
+Port::AttributeMap CloneMap(const Port::AttributeMap& map) {
+    Port::AttributeMap copy;
+    for (const auto& [name, value] : map) copy[name] = value ? value->Clone() : nullptr;
+    return copy;
+}
+
+}  // namespace
+
+std::shared_ptr<Port> Port::Create(const std::wstring& name, PortDirection direction) {
+    return std::make_shared<Port>(name, direction);
+}
+
+Port::Port(std::wstring name, PortDirection direction) : portData(std::make_shared<portRecord>()) {
+    portData->name = std::move(name);
+    portData->direction = direction;
+}
+
+Port::~Port() = default;
+
+std::wstring Port::GetName() const {
+    return portData->name;
+}
+std::wstring Port::GetDisplayName() const {
+    return portData->displayName.empty() ? portData->name : portData->displayName;
+}
+void Port::SetDisplayName(const std::wstring& displayName) {
+    portData->displayName = displayName;
+}
+std::wstring Port::GetDescription() const {
+    return portData->description;
+}
+void Port::SetDescription(const std::wstring& description) {
+    portData->description = description;
+}
+std::vector<std::wstring> Port::GetKeywords() const {
+    return portData->keywords;
+}
+void Port::SetKeywords(const std::vector<std::wstring>& keywords) {
+    portData->keywords = keywords;
+}
+
+PortDirection Port::GetDirection() const {
+    return portData->direction;
+}
+bool Port::IsInput() const {
+    return portData->direction == PortDirection::Input;
+}
+bool Port::IsOutput() const {
+    return portData->direction == PortDirection::Output;
+}
+bool Port::IsOptional() const {
+    return portData->optional;
+}
+void Port::SetOptional(bool optional) {
+    portData->optional = optional;
+}
+bool Port::IsHidden() const {
+    return portData->hidden;
+}
+bool Port::SetIsHidden(const bool& hidden) {
+    if (hidden && IsConnected()) return false;
+    portData->hidden = hidden;
+    return true;
+}
+bool Port::IsPrivate() const {
+    return portData->isPrivate;
+}
+void Port::SetPrivate(bool isPrivate) {
+    portData->isPrivate = isPrivate;
+}
+bool Port::IsNative() const {
+    return portData->native;
+}
+void Port::SetNative(bool native) {
+    portData->native = native;
+}
+
+std::vector<ObjectName> Port::GetSupportedDataTypes() const {
+    std::vector<ObjectName> result;
+    for (const auto* list : {&portData->supported, &portData->extra})
+        for (const auto& type : *list)
+            if (std::find(portData->excluded.begin(), portData->excluded.end(), type) ==
+                portData->excluded.end())
+                AddUnique(result, type);
+    return result;
+}
+std::vector<ObjectName> Port::GetDeclaredSupportedTypes() const {
+    return portData->supported;
+}
+void Port::SetSupportedTypes(const std::vector<ObjectName>& types) {
+    portData->supported.clear();
+    for (const auto& type : types) AddUnique(portData->supported, type);
+}
+void Port::AddSupportedType(const ObjectName& type) {
+    AddUnique(portData->supported, type);
+}
+void Port::ClearSupportedTypes() {
+    portData->supported.clear();
+}
+std::vector<ObjectName> Port::GetExtraSupportedTypes() const {
+    return portData->extra;
+}
+void Port::AddExtraSupportedType(const ObjectName& type) {
+    AddUnique(portData->extra, type);
+}
+void Port::ClearExtraSupportedTypes() {
+    portData->extra.clear();
+}
+std::vector<ObjectName> Port::GetExcludedTypes() const {
+    return portData->excluded;
+}
+void Port::AddExcludedType(const ObjectName& type) {
+    AddUnique(portData->excluded, type);
+}
+void Port::ClearExcludedTypes() {
+    portData->excluded.clear();
+}
+
+bool Port::SupportsType(const ObjectName& type) const {
+    const auto& excluded = portData->excluded;
+    if (std::find(excluded.begin(), excluded.end(), type) != excluded.end()) return false;
+    auto types = GetSupportedDataTypes();
+    if (types.empty()) return true;
+    return std::find(types.begin(), types.end(), type) != types.end() ||
+           std::find(types.begin(), types.end(), Data::DefaultTypeName()) != types.end();
+}
+
+std::shared_ptr<Data> Port::GetExistingData(bool withDefault) const {
+    if (portData->data || !withDefault) return portData->data;
+    return portData->defaultData;
+}
+std::shared_ptr<Data> Port::GetData() const {
+    return portData->data;
+}
+std::shared_ptr<Data> Port::GetDefaultData() const {
+    return portData->defaultData;
+}
+bool Port::HasData() const {
+    return portData->data != nullptr;
+}
+
+namespace {
+std::wstring Describe(const Port& port) {
+    std::wstring text = L"Port \"" + port.GetName() + L"\"";
+    if (auto op = port.TryGetOperator()) text += L" of operator \"" + op->GetDisplayName() + L"\"";
+    return text;
+}
+
+void CheckType(const Port& port, const std::shared_ptr<Data>& data) {
+    if (!data || port.SupportsType(data->GetDataTypeName())) return;
+    std::vector<std::wstring> names;
+    for (const auto& type : port.GetSupportedDataTypes()) names.push_back(type.GetFullName());
+    QUARN_THROW(Describe(port) + L" does not accept data of type " +
+                data->GetDataTypeName().GetFullName() + L" (it accepts " +
+                (names.empty() ? std::wstring(L"none") : detail::Join(names, L", ")) + L").");
+}
+}  // namespace
+
+void Port::SetData(const std::shared_ptr<Data>& data) {
+    CheckType(*this, data);
+    auto owner = TryGetOperator();
+    if (owner) LinkAccess::Validate(*owner, *this, data);
+    portData->data = data;
+    if (owner) LinkAccess::Changed(*owner, shared_from_this());
+}
+
+void Port::ClearData() {
+    SetData(nullptr);
+}
+
+void Port::SetDefaultData(const std::shared_ptr<Data>& data) {
+    CheckType(*this, data);
+    portData->defaultData = data;
+}
+
+bool Port::SetDataFromString(const std::wstring& text) {
+    if (text.empty()) {
+        SetData(nullptr);
+        return true;
+    }
+    std::vector<ObjectName> candidates;
+    const std::vector<ObjectName> open = {IntData::DefaultTypeName(), DoubleData::DefaultTypeName(),
+                                          BoolData::DefaultTypeName(),
+                                          StringData::DefaultTypeName()};
+    auto types = GetSupportedDataTypes();
+    if (types.empty()) types.push_back(Data::DefaultTypeName());
+    for (const auto& type : types) {
+        if (type == Data::DefaultTypeName())
+            for (const auto& guess : open) AddUnique(candidates, guess);
+        else
+            AddUnique(candidates, type);
+    }
+    for (const auto& type : candidates) {
+        if (!SupportsType(type)) continue;
+        auto value = DataFactory::TryCreate(type);
+        if (!value) continue;
+        try {
+            value->FromString(text);
+        } catch (const QuarnLog::Exception&) {
+            continue;  // this type does not read the text; the next one may
+        }
+        SetData(value);
+        return true;
+    }
+    return false;
+}
+
+Port::AttributeMap Port::GetAttributeMap() const {
+    auto map = portData->attributes;
+    if (!portData->keywords.empty())
+        map[keywordsAttribute] = std::make_shared<StringListData>(portData->keywords);
+    if (!portData->extra.empty()) map[additionalTypesAttribute] = TypeList(portData->extra);
+    if (!portData->excluded.empty()) map[excludedTypesAttribute] = TypeList(portData->excluded);
+    return map;
+}
+
+std::shared_ptr<Data> Port::GetAttribute(const std::wstring& name) const {
+    auto map = GetAttributeMap();
+    auto found = map.find(name);
+    return found == map.end() ? nullptr : found->second;
+}
+
+bool Port::HasAttribute(const std::wstring& name) const {
+    return GetAttributeMap().count(name) > 0;
+}
+
+void Port::SetAttribute(const std::wstring& name, const std::shared_ptr<Data>& value) {
+    if (name.empty()) QUARN_THROW(Describe(*this) + L": an attribute needs a name.");
+    if (name == keywordsAttribute) {
+        portData->keywords = TextsOf(value);
+    } else if (name == additionalTypesAttribute) {
+        portData->extra = TypesOf(value);
+    } else if (name == excludedTypesAttribute) {
+        portData->excluded = TypesOf(value);
+    } else {
+        portData->attributes[name] = value;
+    }
+}
+
+bool Port::RemoveAttribute(const std::wstring& name) {
+    if (name == keywordsAttribute || name == additionalTypesAttribute ||
+        name == excludedTypesAttribute) {
+        bool had = HasAttribute(name);
+        SetAttribute(name, nullptr);
+        return had;
+    }
+    return portData->attributes.erase(name) > 0;
+}
+
+Port::DataTypeAttributeMapMap Port::GetDataTypeAttributeMapMap() const {
+    return portData->dataTypeAttributes;
+}
+
+Port::DataTypeAttributeMapMap Port::GetDataTypeAttributeMapMapInherited() const {
+    DataTypeAttributeMapMap inherited;
+    for (const auto& inner : portData->innerAliased) {
+        auto merged = inner->GetDataTypeAttributeMapMapInherited();
+        for (const auto& [type, map] : inner->GetDataTypeAttributeMapMap())
+            for (const auto& [name, value] : map) merged[type][name] = value;
+        for (const auto& [type, map] : merged)
+            for (const auto& [name, value] : map) inherited[type].emplace(name, value);
+    }
+    return inherited;
+}
+
+Port::AttributeMap Port::GetDataTypeAttributeMap(const ObjectName& type) const {
+    AttributeMap result;
+    auto inherited = GetDataTypeAttributeMapMapInherited();
+    auto key = type.GetFullName();
+    if (auto found = inherited.find(key); found != inherited.end()) result = found->second;
+    if (auto found = portData->dataTypeAttributes.find(key);
+        found != portData->dataTypeAttributes.end())
+        for (const auto& [name, value] : found->second) result[name] = value;
+    return result;
+}
+
+void Port::SetDataTypeAttribute(const ObjectName& type, const std::wstring& name,
+                                const std::shared_ptr<Data>& value) {
+    if (type.GetNamespace().empty() || type.GetName().empty() || name.empty())
+        QUARN_THROW(Describe(*this) + L": a data attribute needs a data type and a name (got \"" +
+                    type.GetFullName() + L"\", \"" + name + L"\").");
+    portData->dataTypeAttributes[type.GetFullName()][name] = value;
+}
+
+bool Port::RemoveDataTypeAttribute(const ObjectName& type, const std::wstring& name) {
+    auto found = portData->dataTypeAttributes.find(type.GetFullName());
+    if (found == portData->dataTypeAttributes.end() || found->second.erase(name) == 0) return false;
+    if (found->second.empty()) portData->dataTypeAttributes.erase(found);
+    return true;
+}
+
+std::shared_ptr<Operator> Port::TryGetOperator() const {
+    return portData->owner.lock();
+}
+
+bool Port::IsConnected() const {
+    return !GetConnections().empty();
+}
+
+std::vector<std::shared_ptr<PortConnection>> Port::GetConnections() const {
+    std::vector<std::shared_ptr<PortConnection>> result = portData->inbound;
+    for (const auto& link : portData->outbound)
+        if (auto live = link.lock()) result.push_back(live);
+    return result;
+}
+
+bool Port::AreAllConnectionInnerAliases() const {
+    for (const auto& connection : GetConnections())
+        if (!connection->IsInnerAlias()) return false;
+    return true;
+}
+
+std::vector<std::shared_ptr<Port>> Port::GetInnerAliasedPorts() const {
+    return portData->innerAliased;
+}
+
+bool Port::RemoveInnerAliasedPort(const std::shared_ptr<Port>& innerPort) {
+    auto& inner = portData->innerAliased;
+    auto found = std::find(inner.begin(), inner.end(), innerPort);
+    if (!innerPort || found == inner.end()) return false;
+    inner.erase(found);
+    auto self = shared_from_this();
+    if (LinkAccess::Of(*innerPort).aliasingPort.lock() == self)
+        LinkAccess::Of(*innerPort).aliasingPort.reset();
+    for (const auto& connection : GetConnections()) {
+        if (!connection->IsInnerAlias()) continue;
+        if (connection->GetParentPort() == innerPort || connection->GetChildPort() == innerPort)
+            LinkAccess::Detach(connection);
+    }
+    return true;
+}
+
+std::shared_ptr<Port> Port::GetAliasingPort() const {
+    return portData->aliasingPort.lock();
+}
+
+void Port::CopyContentsFrom(const Port& other) {
+    if (&other == this) return;
+    const auto& source = *other.portData;
+    auto& target = *portData;
+    target.displayName = source.displayName;
+    target.description = source.description;
+    target.keywords = source.keywords;
+    target.direction = source.direction;
+    target.optional = source.optional;
+    target.hidden = source.hidden && !IsConnected();
+    target.isPrivate = source.isPrivate;
+    target.native = source.native;
+    target.supported = source.supported;
+    target.extra = source.extra;
+    target.excluded = source.excluded;
+    target.data = source.data ? source.data->Clone() : nullptr;
+    target.defaultData = source.defaultData ? source.defaultData->Clone() : nullptr;
+    target.attributes = CloneMap(source.attributes);
+    target.dataTypeAttributes.clear();
+    for (const auto& [type, map] : source.dataTypeAttributes)
+        target.dataTypeAttributes[type] = CloneMap(map);
+}
+
+}  // namespace Velmar::Lattix
