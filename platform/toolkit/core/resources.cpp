@@ -1,40 +1,23 @@
 #include "core/resources.h"
 
-#include <dlfcn.h>
-
-#include <cstdlib>
+#include "qstr/qstr.h"
+#include "qtxt/Text.h"
 
 namespace ZML::detail {
 
 std::optional<std::string> GetEnv(const std::string& name) {
-    const char* value = std::getenv(name.c_str());
-    if (value == nullptr || *value == '\0') {
+    std::wstring value = qstr_GetEnv(qtxt::UTF8toDefaultWide(name));
+    if (value.empty()) {
         return std::nullopt;
     }
-    return std::string(value);
+    return qtxt::DefaultWideToUTF8(value);
 }
-
-namespace {
-
-std::filesystem::path InstalledRoot() {
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<void*>(&InstalledRoot), &info) != 0 && info.dli_fname != nullptr) {
-        std::filesystem::path library(info.dli_fname);
-        return library.parent_path().parent_path() / "share" / "lattix";
-    }
-    return std::filesystem::path("/usr/local/share/lattix");
-}
-
-}  // namespace
 
 std::filesystem::path ResourceRoot() {
     if (auto path = GetEnv("LATTIX_RESOURCE_PATH")) {
         return *path;
     }
-    if (auto path = GetEnv("TAMARIN_HOME")) {
-        return *path;
-    }
-    return InstalledRoot();
+    return std::filesystem::path(qtxt::DefaultWideToUTF8(qstr_TamarinHome()));
 }
 
 std::vector<std::filesystem::path> ScriptSearchPath() {

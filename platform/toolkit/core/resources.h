@@ -11,8 +11,8 @@ namespace ZML::detail {
 // The value of the environment variable `name`, or nothing when it is unset or empty.
 std::optional<std::string> GetEnv(const std::string& name);
 
-// The resource folder: $LATTIX_RESOURCE_PATH, else $TAMARIN_HOME, else share/lattix beside the
-// folder the toolkit library was installed in.
+// The resource folder: $LATTIX_RESOURCE_PATH, else the installation's folder that "$TAMARIN_HOME"
+// stands for (qstr_TamarinHome).
 std::filesystem::path ResourceRoot();
 
 // The folders searched for dialog scripts: each entry of $LATTIX_ZML_PATH (colon-separated), then
