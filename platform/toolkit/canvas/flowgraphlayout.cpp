@@ -23,16 +23,65 @@ std::mutex& GraphvizMutex() {
 }
 
 // One context for the process: making one loads the plug-in configuration, which costs more than
-// a small layout. Freed at exit. Call with the lock held.
+// a small layout. It is never freed: this Graphviz frees its context without the configuration
+// text that the plug-in table points into, so a freed context leaves a leak behind, while a kept
+// one stays reachable. Call with the lock held.
 GVC_t* GraphvizContext() {
-    static std::unique_ptr<GVC_t, int (*)(GVC_t*)> context(nullptr, &gvFreeContext);
+    static GVC_t* context = nullptr;
     if (!context) {
-        context.reset(gvContext());
+        context = gvContext();
         if (!context) {
             QUARN_THROW("gvContext failed: Graphviz could not be initialised.");
         }
     }
-    return context.get();
+    return context;
+}
+
+// The edges to give dot: self-loops dropped (they do not move nodes) and the back edges of a
+// depth-first walk in node order reversed, which is how dot breaks cycles itself; handing it an
+// acyclic graph spares its cycle breaker, whose reversed edges this Graphviz never frees.
+std::vector<std::pair<std::size_t, std::size_t>> AcyclicEdges(const LayeredLayoutInput& input) {
+    const std::size_t count = input.nodes.size();
+    std::vector<std::vector<std::size_t>> outgoing(count);
+    for (std::size_t e = 0; e < input.edges.size(); ++e) {
+        outgoing.at(input.edges[e].first).push_back(e);
+    }
+    enum class Mark : unsigned char { New, Open, Done };
+    std::vector<Mark> marks(count, Mark::New);
+    std::vector<bool> reversed(input.edges.size(), false);
+    std::vector<std::pair<std::size_t, std::size_t>> stack;  // node, next outgoing edge
+    for (std::size_t root = 0; root < count; ++root) {
+        if (marks[root] != Mark::New) {
+            continue;
+        }
+        marks[root] = Mark::Open;
+        stack.emplace_back(root, 0);
+        while (!stack.empty()) {
+            auto& [node, next] = stack.back();
+            if (next == outgoing[node].size()) {
+                marks[node] = Mark::Done;
+                stack.pop_back();
+                continue;
+            }
+            const std::size_t edge = outgoing[node][next++];
+            const std::size_t to = input.edges[edge].second;
+            if (marks.at(to) == Mark::Open) {
+                reversed[edge] = true;
+            } else if (marks[to] == Mark::New) {
+                marks[to] = Mark::Open;
+                stack.emplace_back(to, 0);
+            }
+        }
+    }
+    std::vector<std::pair<std::size_t, std::size_t>> edges;
+    edges.reserve(input.edges.size());
+    for (std::size_t e = 0; e < input.edges.size(); ++e) {
+        const auto [from, to] = input.edges[e];
+        if (from != to) {
+            edges.emplace_back(reversed[e] ? to : from, reversed[e] ? from : to);
+        }
+    }
+    return edges;
 }
 
 struct GraphCloser {
@@ -87,6 +136,8 @@ GraphPtr BuildGraph(const LayeredLayoutInput& input, std::vector<Agnode_t*>& nod
                         " names a node past the last one (" + std::to_string(nodes.size()) +
                         " nodes).");
         }
+    }
+    for (const auto& [from, to] : AcyclicEdges(input)) {
         agedge(g, nodes[from], nodes[to], nullptr, 1);
     }
     return graph;
