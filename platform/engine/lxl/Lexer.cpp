@@ -255,7 +255,9 @@ std::wstring Lexer::ReadQuoted(std::size_t start, const wchar_t* what) {
         if (p >= text.size() || text[p] == L'\n' || text[p] == L'\r') {
             const std::wstring found = p >= text.size() ? std::wstring(L"end of expression")
                                                         : std::wstring(L"end of line");
-            RaiseExpected(text, p, std::wstring(L"'") + quote + L"'", found,
+            // The closing quote is shown in the other kind of quotes: "'" or '"'.
+            const std::wstring closing = quote == L'\'' ? L"\"'\"" : L"'\"'";
+            RaiseExpected(text, p, closing, found,
                           std::wstring(L"the ") + what + L" begun at " +
                               DescribeLocation(text, start) + L" is not closed");
         }

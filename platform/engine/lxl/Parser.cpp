@@ -107,7 +107,7 @@ private:
                     L"Syntax error at " + DescribeLocation(text, position) +
                         L": the expression is nested too deeply (more than " +
                         std::to_wstring(kMaxHeight) +
-                        L" levels); split it or add parentheses around long runs",
+                        L" levels); group long runs of alternating operators in parentheses",
                     L"a less deeply nested expression");
         }
         return node;
@@ -115,11 +115,12 @@ private:
 
     SourceSpan SpanFrom(std::size_t begin) const { return SourceSpan{begin, lastEnd}; }
 
-    // Guards every cycle of the grammar (each passes through ParseUnary).
+    // Guards every cycle of the grammar: each passes through ParseUnary or a conditional's
+    // branches.
     class NestingGuard {
     public:
         NestingGuard(Parser& parser, std::size_t position) : parser(parser) {
-            if (++parser.nesting > kMaxNesting) {
+            if (parser.nesting >= kMaxNesting) {
                 RaiseAt(parser.text, position,
                         L"Syntax error at " + DescribeLocation(parser.text, position) +
                             L": the expression is nested too deeply (more than " +
@@ -127,6 +128,7 @@ private:
                             L" levels of parentheses, calls or signs)",
                         L"a less deeply nested expression");
             }
+            ++parser.nesting;
         }
         ~NestingGuard() { --parser.nesting; }
         NestingGuard(const NestingGuard&) = delete;
@@ -144,7 +146,8 @@ private:
         const std::size_t begin = Peek().begin;
         Node::Ptr condition = ParseOr();
         if (Peek().kind != TokenKind::Question) return condition;
-        Take();
+        // Both branches recurse here directly, outside the guard of ParseUnary.
+        NestingGuard guard(*this, Take().begin);
         Node::Ptr whenTrue = ParseConditional();
         Expect(TokenKind::Colon, L"':'",
                L"a conditional is written condition ? value : other value");

@@ -48,7 +48,7 @@ const InvalidCase kInvalid[] = {
      L"Syntax error at column 6: expected '\"' but found end of expression (the string begun at "
      L"column 1 is not closed)"},
     {L"'a\nb'", 2,
-     L"Syntax error at line 1, column 3: expected ''' but found end of line (the string begun at "
+     L"Syntax error at line 1, column 3: expected \"'\" but found end of line (the string begun at "
      L"line 1, column 1 is not closed)"},
     {L"\"C:\\data\"", 3,
      L"Syntax error at column 4: unknown escape '\\' followed by 'd' (the escapes are \\\\ \\\" "
@@ -166,6 +166,18 @@ TEST(LxlParse, DeepNestingIsRefusedCleanly) {
                 << qtxt::narrow(e.WideMessage());
         }
     }
+    std::wstring conditionals;
+    for (int i = 0; i < 100000; ++i) conditionals += L"$a ? 1 : ";
+    EXPECT_THROW(Parse(conditionals + L"0"), SyntaxError);
+    std::wstring thenBranches;
+    for (int i = 0; i < 100000; ++i) thenBranches += L"$a ? ";
+    EXPECT_THROW(Parse(thenBranches + L"0"), SyntaxError);
+    std::wstring powers = L"2";
+    for (int i = 0; i < 100000; ++i) powers += L" ^ 2";
+    EXPECT_THROW(Parse(powers), SyntaxError);
+    std::wstring layers = L"$a";
+    for (int i = 0; i < 100000; ++i) layers += L"(1)";
+    EXPECT_THROW(Parse(layers), SyntaxError);
     std::wstring calls;
     for (int i = 0; i < 20000; ++i) calls += L"f(";
     EXPECT_THROW(Parse(calls + L"1"), SyntaxError);
