@@ -119,6 +119,10 @@ void Operator::Initialize() {
         port->SetPrivate(declared.isPrivate);
         port->SetNative(true);
         port->SetKeywords(declared.keywords);
+        for (const auto& [type, attributes] : declared.dataAttributes)
+            for (const auto& [name, value] : attributes)
+                port->SetDataTypeAttribute(ObjectName::Parse(type), name,
+                                           value ? value->Clone() : nullptr);
         if (!declared.defaultValue.empty() && !declared.types.empty())
             port->SetDefaultData(
                 DataFactory::FromString(declared.types.front(), declared.defaultValue));

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "Velmar/Lattix/Data.h"
 #include "Velmar/Lattix/ObjectName.h"
 #include "Velmar/Lattix/PortDirection.h"
 
@@ -20,6 +23,8 @@ struct PortDefinition {
     // The default value as text, read with the first type; empty for none.
     std::wstring defaultValue;
     std::vector<std::wstring> keywords;
+    // Data attributes: data type full name -> attribute name -> value (copied onto the port).
+    std::map<std::wstring, std::map<std::wstring, std::shared_ptr<Data>>> dataAttributes;
 };
 
 }  // namespace Velmar::Lattix
