@@ -37,6 +37,18 @@ bool Frame::IsResizable() const {
 }
 
 void Frame::SetSource(const std::string& scriptName) {
+    // Inner frames may load scripts of their own; a script that loads itself must not recurse
+    // without end.
+    static thread_local int depth = 0;
+    if (depth >= 8) {
+        QUARN_THROW("Dialog script \"" + scriptName +
+                    "\" is loaded by scripts nested more than 8 deep; do they load each other?");
+    }
+    struct DepthGuard {
+        int& depth;
+        explicit DepthGuard(int& d) : depth(d) { ++depth; }
+        ~DepthGuard() { --depth; }
+    } guard(depth);
     auto file = FindScript(scriptName);
     if (file.empty()) {
         std::string searched;

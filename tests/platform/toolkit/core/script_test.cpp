@@ -307,3 +307,18 @@ TEST(ScriptSearch, RegisteredKindsCanBeDeclared) {
     RegisterPartKind("gauge", nullptr);
     EXPECT_THROW(BuildFrame(frame, document.declarations[0], document.file), ScriptError);
 }
+
+TEST(ScriptSearch, ScriptsThatLoadEachOtherFailInsteadOfRecursing) {
+    zmltest::ScratchDir dir("zml-loop");
+    dir.Write("loop.zml", "frame \"l\" { frame \"inner\" { source \"loop\"; } }");
+    zmltest::EnvGuard path("LATTIX_ZML_PATH", dir.path.string());
+    auto frame = std::make_shared<Frame>("f");
+    try {
+        frame->SetSource("loop");
+        FAIL() << "no exception";
+    } catch (const ScriptError& e) {
+        EXPECT_NE(e.Problem().find("nested more than 8 deep"), std::string::npos) << e.what();
+        EXPECT_EQ(e.Line(), 1);
+    }
+    EXPECT_TRUE(frame->Children().empty());
+}
