@@ -44,8 +44,9 @@ bool qfio_FileExists(const std::wstring& path, QuarnLog::ErrorContext& errorReco
     struct stat st {};
     const std::string narrowPath = Utf8(path);
     if (::stat(narrowPath.c_str(), &st) == 0) return true;
-    if (errno != ENOENT && errno != ENOTDIR) {
-        errorRecord.Add("stat failed for '" + narrowPath + "': " + std::strerror(errno));
+    const int error = errno;
+    if (error != ENOENT && error != ENOTDIR) {
+        errorRecord.Add("stat failed for '" + narrowPath + "': " + std::strerror(error));
     }
     return false;
 }

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -14,6 +15,7 @@
 #include <map>
 #include <mutex>
 #include <sstream>
+#include <thread>
 #include <vector>
 
 #include "QuarnLog/Exception.h"
@@ -215,8 +217,13 @@ void SaveOne(const std::string& file, const Key& key, const Value& value,
     const std::string lockPath = file + ".lock";
     Fd lock(::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     if (lock.get() < 0) FailWrite("open", lockPath, errno);
-    while (::flock(lock.get(), LOCK_EX) != 0) {
-        if (errno != EINTR) FailWrite("flock", lockPath, errno);
+    // Another process holds the lock only while it rewrites the file; waiting longer than a few
+    // seconds means it is stuck, and the user is told rather than kept waiting.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK && errno != EINTR) FailWrite("flock", lockPath, errno);
+        if (std::chrono::steady_clock::now() > deadline) FailWrite("flock", lockPath, EBUSY);
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     std::map<Key, Value> stored;
     ReadFile(file, stored);
