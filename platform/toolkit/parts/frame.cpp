@@ -5,6 +5,7 @@
 #include "QuarnLog/Exception.h"
 #include "ZML/Backend.h"
 #include "ZML/Script.h"
+#include "ZML/ScriptError.h"
 
 namespace ZML {
 
@@ -70,6 +71,12 @@ void Frame::SetSource(const std::string& scriptName) {
     // BuildFrame itself only touches the frame once every part was made.
     std::vector<Menu> menus;
     for (const auto& declaration : document.declarations) {
+        if (declaration.kind != "menu" && declaration.kind != "frame" &&
+            declaration.kind != "dialog") {
+            throw ScriptError(file.string(), declaration.line, declaration.column,
+                              "expected a frame, a dialog or a menu at the top level, found a " +
+                                  declaration.kind);
+        }
         if (declaration.kind == "menu") {
             ScriptDeclaration holder;
             holder.kind = "frame";

@@ -250,6 +250,7 @@ TEST(ScriptDialog, ModalWithoutDriverOrLeftOpenFailsLoudly) {
 TEST(ScriptSearch, EnvironmentPathComesFirstAndFailuresChangeNothing) {
     zmltest::ScratchDir dir("zml-path");
     dir.Write("sample_dialog.zml", "dialog \"x\" { title \"Overridden\"; }");
+    dir.Write("stray.zml", "dialog \"x\" { }\nbutton \"b\" { }");
     dir.Write("broken.zml",
               "dialog \"x\" { title \"Half\"; label \"fine\" { } label \"bad\" { bogus 1; } }");
     zmltest::EnvGuard path("LATTIX_ZML_PATH", "/nonexistent:" + dir.path.string());
@@ -264,6 +265,13 @@ TEST(ScriptSearch, EnvironmentPathComesFirstAndFailuresChangeNothing) {
     EXPECT_TRUE(frame->Children().empty());
     EXPECT_EQ(frame->Title(), L"");
 
+    try {
+        frame->SetSource("stray");
+        FAIL() << "no exception";
+    } catch (const ScriptError& e) {
+        EXPECT_EQ(e.Line(), 2);
+        EXPECT_NE(e.Problem().find("found a button"), std::string::npos) << e.what();
+    }
     try {
         frame->SetSource("no_such_script");
         FAIL() << "no exception";
