@@ -97,7 +97,7 @@ static void SetDirection(FlowGraphConnectionPointEx& point, flowGraphPointData& 
     if (data.input == input) {
         return;
     }
-    if (data.connectionCount > 0) {
+    if (!data.connections.empty()) {
         QUARN_THROW("The connection point \"" + qtxt::narrow(data.caption) +
                     "\" has connections; its direction cannot change.");
     }
@@ -134,7 +134,7 @@ std::shared_ptr<FlowGraphNodeEx> FlowGraphConnectionPointEx::GetNode() const {
 }
 
 std::size_t FlowGraphConnectionPointEx::GetConnectionCount() const {
-    return pointData->connectionCount;
+    return pointData->connections.size();
 }
 
 }  // namespace ZML

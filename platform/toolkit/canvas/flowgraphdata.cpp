@@ -6,31 +6,25 @@ namespace ZML {
 
 void flowGraphPartData::AddConnection(const ConnectionPtr& connection) {
     auto& record = FlowGraphAccess::Connection(*connection);
-    record.order = nextConnectionOrder++;
+    record.order = connections.Append(connection);
     record.canvas = weak_from_this();
-    connections.emplace(record.order, connection);
-    connectionsByPoint[record.input.get()].push_back(connection);
-    connectionsByPoint[record.output.get()].push_back(connection);
     connectionsByPair.emplace(std::make_pair(record.input.get(), record.output.get()), connection);
-    ++FlowGraphAccess::Point(*record.input).connectionCount;
-    ++FlowGraphAccess::Point(*record.output).connectionCount;
-    Notify({FlowGraphChange::Kind::ConnectionAdded, connection->GetInputNode(), connection, {}, 0});
+    FlowGraphAccess::Point(*record.input).connections.push_back(connection.get());
+    FlowGraphAccess::Point(*record.output).connections.push_back(connection.get());
+    if (!changed.empty()) {
+        Notify({FlowGraphChange::Kind::ConnectionAdded,
+                connection->GetInputNode(),
+                connection,
+                {},
+                0});
+    }
 }
 
 namespace {
 
-void EraseFrom(std::unordered_map<flowGraphPartData::PointKey,
-                                  std::vector<flowGraphPartData::ConnectionPtr>>& index,
-               flowGraphPartData::PointKey point, const flowGraphPartData::ConnectionPtr& item) {
-    auto found = index.find(point);
-    if (found == index.end()) {
-        return;
-    }
-    auto& list = found->second;
-    list.erase(std::remove(list.begin(), list.end(), item), list.end());
-    if (list.empty()) {
-        index.erase(found);
-    }
+void EraseFrom(FlowGraphConnectionPointEx& point, const FlowGraphConnectionEx* connection) {
+    auto& list = FlowGraphAccess::Point(point).connections;
+    list.erase(std::remove(list.begin(), list.end(), connection), list.end());
 }
 
 }  // namespace
@@ -43,26 +37,24 @@ bool flowGraphPartData::RemoveConnection(const ConnectionPtr& connection) {
     if (record.canvas.lock().get() != this) {
         return false;
     }
-    connections.erase(record.order);
-    EraseFrom(connectionsByPoint, record.input.get(), connection);
-    EraseFrom(connectionsByPoint, record.output.get(), connection);
+    connections.Erase(record.order);
+    EraseFrom(*record.input, connection.get());
+    EraseFrom(*record.output, connection.get());
     connectionsByPair.erase(std::make_pair(record.input.get(), record.output.get()));
-    --FlowGraphAccess::Point(*record.input).connectionCount;
-    --FlowGraphAccess::Point(*record.output).connectionCount;
     record.canvas.reset();
     record.order = 0;
-    Notify(
-        {FlowGraphChange::Kind::ConnectionRemoved, connection->GetInputNode(), connection, {}, 0});
+    if (!changed.empty()) {
+        Notify({FlowGraphChange::Kind::ConnectionRemoved,
+                connection->GetInputNode(),
+                connection,
+                {},
+                0});
+    }
     return true;
 }
 
 void flowGraphPartData::RemoveConnectionsOf(const PointPtr& point) {
-    auto found = connectionsByPoint.find(point.get());
-    if (found == connectionsByPoint.end()) {
-        return;
-    }
-    const auto attached = found->second;
-    for (const auto& connection : attached) {
+    for (const auto& connection : ConnectionsAt(*point)) {
         RemoveConnection(connection);
     }
 }
@@ -71,9 +63,8 @@ std::vector<flowGraphPartData::ConnectionPtr> flowGraphPartData::ConnectionsOf(
     const NodePtr& node) const {
     std::vector<ConnectionPtr> result;
     for (const auto& point : FlowGraphAccess::Node(*node).points) {
-        auto found = connectionsByPoint.find(point.get());
-        if (found != connectionsByPoint.end()) {
-            result.insert(result.end(), found->second.begin(), found->second.end());
+        for (auto* connection : FlowGraphAccess::Point(*point).connections) {
+            result.push_back(connection->shared_from_this());
         }
     }
     std::sort(result.begin(), result.end(), [](const auto& a, const auto& b) {
@@ -81,6 +72,33 @@ std::vector<flowGraphPartData::ConnectionPtr> flowGraphPartData::ConnectionsOf(
     });
     result.erase(std::unique(result.begin(), result.end()), result.end());
     return result;
+}
+
+std::vector<flowGraphPartData::ConnectionPtr> flowGraphPartData::ConnectionsAt(
+    const FlowGraphConnectionPointEx& point) {
+    const auto& list = FlowGraphAccess::Point(point).connections;
+    std::vector<ConnectionPtr> result;
+    result.reserve(list.size());
+    for (auto* connection : list) {
+        result.push_back(connection->shared_from_this());
+    }
+    return result;
+}
+
+void flowGraphPartData::Forget(const NodePtr& node) {
+    auto& record = FlowGraphAccess::Node(*node);
+    record.canvas.reset();
+    record.order = 0;
+    record.selected = false;
+    for (const auto& point : record.points) {
+        FlowGraphAccess::Point(*point).connections.clear();
+    }
+}
+
+void flowGraphPartData::Forget(const ConnectionPtr& connection) {
+    auto& record = FlowGraphAccess::Connection(*connection);
+    record.canvas.reset();
+    record.order = 0;
 }
 
 bool flowGraphPartData::Contains(const NodePtr& node) const {
@@ -105,7 +123,7 @@ bool flowGraphPartData::RemoveNode(const NodePtr& node) {
     if (auto clicked = clickedPoint.lock(); clicked && clicked->GetNode() == node) {
         clickedPoint.reset();
     }
-    nodes.erase(record.order);
+    nodes.Erase(record.order);
     record.canvas.reset();
     record.order = 0;
     if (wasSelected) {

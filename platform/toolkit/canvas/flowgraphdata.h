@@ -3,6 +3,8 @@
 // The private records of the canvas classes and the few operations they share. Only the canvas
 // sources include this header.
 
+#include <algorithm>
+#include <boost/container/small_vector.hpp>
 #include <boost/signals2.hpp>
 #include <cstdint>
 #include <map>
@@ -34,8 +36,10 @@ struct flowGraphPointData {
     bool input = true;
     int maxConnections = 0;
     std::weak_ptr<FlowGraphNodeEx> node;
-    // Kept by the canvas the node is on, so that the maximum check costs nothing.
-    std::size_t connectionCount = 0;
+    // The connections that end here, in the order added: the index behind the per-point lookups.
+    // The canvas the node is on owns them, and empties the list when it lets them go.
+    // Most points have one or two connections: those need no allocation.
+    boost::container::small_vector<FlowGraphConnectionEx*, 2> connections;
 };
 
 struct flowGraphNodeData {
@@ -85,18 +89,90 @@ struct PointPairHash {
     }
 };
 
+// Shared pointers in the order they were added, each under a sequence number that never changes.
+// Appending is amortised constant; erasing finds the entry by binary search and leaves a hole,
+// and holes are squeezed out once they are half of the entries. Iteration skips holes and
+// yields (sequence, pointer) pairs. Nothing may be appended or erased while iterating.
+template <class T>
+class InsertionOrdered {
+public:
+    using Entry = std::pair<std::uint64_t, std::shared_ptr<T>>;
+
+    class Iterator {
+    public:
+        Iterator(const Entry* at, const Entry* end) : at(at), end(end) { Skip(); }
+        const Entry& operator*() const { return *at; }
+        const Entry* operator->() const { return at; }
+        Iterator& operator++() {
+            ++at;
+            Skip();
+            return *this;
+        }
+        bool operator==(const Iterator& other) const { return at == other.at; }
+
+    private:
+        void Skip() {
+            while (at != end && !at->second) {
+                ++at;
+            }
+        }
+        const Entry* at;
+        const Entry* end;
+    };
+
+    Iterator begin() const { return {entries.data(), entries.data() + entries.size()}; }
+    Iterator end() const {
+        return {entries.data() + entries.size(), entries.data() + entries.size()};
+    }
+    std::size_t size() const { return entries.size() - holes; }
+    bool empty() const { return size() == 0; }
+    // Every entry, holes (null pointers) included, in order.
+    const std::vector<Entry>& Entries() const { return entries; }
+
+    std::uint64_t Append(std::shared_ptr<T> item) {
+        entries.emplace_back(next, std::move(item));
+        return next++;
+    }
+    bool Erase(std::uint64_t order) {
+        auto found = std::lower_bound(
+            entries.begin(), entries.end(), order,
+            [](const Entry& entry, std::uint64_t value) { return entry.first < value; });
+        if (found == entries.end() || found->first != order || !found->second) {
+            return false;
+        }
+        found->second.reset();
+        if (++holes > 16 && 2 * holes > entries.size()) {
+            entries.erase(std::remove_if(entries.begin(), entries.end(),
+                                         [](const Entry& entry) { return !entry.second; }),
+                          entries.end());
+            holes = 0;
+        }
+        return true;
+    }
+    // Empties the container and hands over what it held.
+    std::vector<Entry> Take() {
+        std::vector<Entry> taken;
+        taken.swap(entries);
+        holes = 0;
+        std::erase_if(taken, [](const Entry& entry) { return !entry.second; });
+        return taken;
+    }
+
+private:
+    std::vector<Entry> entries;
+    std::size_t holes = 0;
+    std::uint64_t next = 1;
+};
+
 struct flowGraphPartData : std::enable_shared_from_this<flowGraphPartData> {
     using NodePtr = std::shared_ptr<FlowGraphNodeEx>;
     using PointPtr = std::shared_ptr<FlowGraphConnectionPointEx>;
     using ConnectionPtr = std::shared_ptr<FlowGraphConnectionEx>;
     using PointKey = const FlowGraphConnectionPointEx*;
 
-    std::map<std::uint64_t, NodePtr> nodes;
-    std::uint64_t nextNodeOrder = 1;
-    std::map<std::uint64_t, ConnectionPtr> connections;
-    std::uint64_t nextConnectionOrder = 1;
-    // Connections by each of their two points, and by (input, output).
-    std::unordered_map<PointKey, std::vector<ConnectionPtr>> connectionsByPoint;
+    InsertionOrdered<FlowGraphNodeEx> nodes;
+    InsertionOrdered<FlowGraphConnectionEx> connections;
+    // Connections by (input, output); by single point, see flowGraphPointData::connections.
     std::unordered_map<std::pair<PointKey, PointKey>, ConnectionPtr, PointPairHash>
         connectionsByPair;
     std::map<std::uint64_t, NodePtr> selection;
@@ -132,7 +208,12 @@ struct flowGraphPartData : std::enable_shared_from_this<flowGraphPartData> {
     // Removes every connection that ends at `point`, in the order added.
     void RemoveConnectionsOf(const PointPtr& point);
     bool RemoveNode(const NodePtr& node);
+    // The connections of every point of `node`, each once, in the order added.
     std::vector<ConnectionPtr> ConnectionsOf(const NodePtr& node) const;
+    static std::vector<ConnectionPtr> ConnectionsAt(const FlowGraphConnectionPointEx& point);
+    // Clears what ties a node or connection to this canvas once the canvas has let it go.
+    static void Forget(const NodePtr& node);
+    static void Forget(const ConnectionPtr& connection);
     bool Contains(const NodePtr& node) const;
 };
 

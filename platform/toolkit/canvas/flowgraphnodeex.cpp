@@ -171,23 +171,24 @@ void FlowGraphNodeEx::AddConnectionPoint(const std::shared_ptr<FlowGraphConnecti
 
 void FlowGraphNodeEx::AddConnectionPointAt(
     std::size_t index, const std::shared_ptr<FlowGraphConnectionPointEx>& point) {
-    const auto where = "node \"" + qtxt::narrow(nodeData->caption) + "\"";
+    auto where = [this] { return "node \"" + qtxt::narrow(nodeData->caption) + "\""; };
     if (!point) {
-        QUARN_THROW("A null connection point cannot be added to " + where + ".");
+        QUARN_THROW("A null connection point cannot be added to " + where() + ".");
     }
     auto& pointRecord = FlowGraphAccess::Point(*point);
     if (!pointRecord.node.expired()) {
         QUARN_THROW("The connection point \"" + qtxt::narrow(point->GetCaption()) +
-                    "\" already belongs to a node and cannot be added to " + where + ".");
+                    "\" already belongs to a node and cannot be added to " + where() + ".");
     }
     if (index > nodeData->points.size()) {
         QUARN_THROW("Connection point index " + std::to_string(index) + " is past the end of " +
-                    where + ", which has " + std::to_string(nodeData->points.size()) + " points.");
+                    where() + ", which has " + std::to_string(nodeData->points.size()) +
+                    " points.");
     }
     auto self = weak_from_this();
     if (self.expired()) {
         QUARN_THROW("Connection points can only be added to a node held by std::shared_ptr (" +
-                    where + ").");
+                    where() + ").");
     }
     pointRecord.node = self;
     nodeData->points.insert(nodeData->points.begin() + static_cast<std::ptrdiff_t>(index), point);

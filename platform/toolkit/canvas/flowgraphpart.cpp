@@ -46,15 +46,10 @@ FlowGraphPart::~FlowGraphPart() {
     // Nodes and connections may outlive the canvas in their holders' hands; they must not think
     // they are still on it.
     for (auto& [order, connection] : flowGraphData->connections) {
-        FlowGraphAccess::Connection(*connection).canvas.reset();
-        FlowGraphAccess::Connection(*connection).order = 0;
+        flowGraphPartData::Forget(connection);
     }
     for (auto& [order, node] : flowGraphData->nodes) {
-        FlowGraphAccess::Node(*node).canvas.reset();
-        FlowGraphAccess::Node(*node).selected = false;
-        for (const auto& point : FlowGraphAccess::Node(*node).points) {
-            FlowGraphAccess::Point(*point).connectionCount = 0;
-        }
+        flowGraphPartData::Forget(node);
     }
 }
 
@@ -78,10 +73,9 @@ void FlowGraphPart::AddNode(const std::shared_ptr<FlowGraphNodeEx>& node) {
         point->PreDraw();
     }
     auto& data = *flowGraphData;
-    record.order = data.nextNodeOrder++;
+    record.order = data.nodes.Append(node);
     record.canvas = flowGraphData;
     record.selected = false;
-    data.nodes.emplace_hint(data.nodes.end(), record.order, node);
     data.Notify({Kind::NodeAdded, node, {}, {}, 0});
 }
 
@@ -95,26 +89,16 @@ void FlowGraphPart::RemoveAllNodes() {
         return;
     }
     // Taken out of the canvas first, so that whatever the records' destructors do finds it empty.
-    auto connections = std::move(data.connections);
-    auto nodes = std::move(data.nodes);
-    data.connections.clear();
-    data.nodes.clear();
-    data.connectionsByPoint.clear();
+    const auto connections = data.connections.Take();
+    const auto nodes = data.nodes.Take();
     data.connectionsByPair.clear();
     data.selection.clear();
     data.clickedPoint.reset();
-    for (auto& [order, connection] : connections) {
-        FlowGraphAccess::Connection(*connection).canvas.reset();
-        FlowGraphAccess::Connection(*connection).order = 0;
+    for (const auto& [order, connection] : connections) {
+        flowGraphPartData::Forget(connection);
     }
-    for (auto& [order, node] : nodes) {
-        auto& record = FlowGraphAccess::Node(*node);
-        record.canvas.reset();
-        record.order = 0;
-        record.selected = false;
-        for (const auto& point : record.points) {
-            FlowGraphAccess::Point(*point).connectionCount = 0;
-        }
+    for (const auto& [order, node] : nodes) {
+        flowGraphPartData::Forget(node);
     }
     data.Notify({Kind::Cleared, {}, {}, {}, 0});
 }
@@ -141,24 +125,27 @@ void FlowGraphPart::AddConnection(const std::shared_ptr<FlowGraphConnectionEx>& 
     if (connection->IsOnCanvas()) {
         QUARN_THROW("The connection is already on a canvas and cannot be added again.");
     }
-    const auto input = connection->GetInputPoint();
-    const auto output = connection->GetOutputPoint();
-    const auto what = "The connection from " + Describe(output) + " to " + Describe(input);
+    const auto& input = FlowGraphAccess::Connection(*connection).input;
+    const auto& output = FlowGraphAccess::Connection(*connection).output;
+    auto fail = [&](const std::string& problem) {
+        QUARN_THROW("The connection from " + Describe(output) + " to " + Describe(input) + " " +
+                    problem);
+    };
     if (!input || !output) {
-        QUARN_THROW(what + " lacks " + (input ? "its output" : "its input") + " point.");
+        fail(std::string("lacks ") + (input ? "its output" : "its input") + " point.");
     }
     if (!input->IsInput()) {
-        QUARN_THROW(what + " ends at an output point.");
+        fail("ends at an output point.");
     }
     if (!output->IsOutput()) {
-        QUARN_THROW(what + " starts at an input point.");
+        fail("starts at an input point.");
     }
     auto& data = *flowGraphData;
     if (!data.Contains(input->GetNode()) || !data.Contains(output->GetNode())) {
-        QUARN_THROW(what + " joins a point that is not on a node of this canvas.");
+        fail("joins a point that is not on a node of this canvas.");
     }
     if (data.connectionsByPair.count({input.get(), output.get()})) {
-        QUARN_THROW(what + " is already on the canvas.");
+        fail("is already on the canvas.");
     }
     data.AddConnection(connection);
 }
@@ -185,11 +172,10 @@ std::vector<std::shared_ptr<FlowGraphConnectionEx>> FlowGraphPart::GetConnection
 
 std::vector<std::shared_ptr<FlowGraphConnectionEx>> FlowGraphPart::GetConnections(
     const std::shared_ptr<FlowGraphConnectionPointEx>& point) const {
-    auto found = flowGraphData->connectionsByPoint.find(point.get());
-    if (found == flowGraphData->connectionsByPoint.end()) {
+    if (!point || !flowGraphData->Contains(point->GetNode())) {
         return {};
     }
-    return found->second;
+    return flowGraphPartData::ConnectionsAt(*point);
 }
 
 std::size_t FlowGraphPart::GetConnectionCount() const {
@@ -378,9 +364,9 @@ bool FlowGraphPart::GetShowPortData() const {
 // ---- Hit testing -------------------------------------------------------------------------------
 
 std::shared_ptr<FlowGraphNodeEx> FlowGraphPart::NodeAt(double x, double y) const {
-    const auto& nodes = flowGraphData->nodes;
+    const auto& nodes = flowGraphData->nodes.Entries();
     for (auto it = nodes.rbegin(); it != nodes.rend(); ++it) {
-        if (it->second->GetBounds().Contains(x, y)) {
+        if (it->second && it->second->GetBounds().Contains(x, y)) {
             return it->second;
         }
     }
