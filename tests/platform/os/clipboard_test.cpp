@@ -3,9 +3,12 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "QuarnLog/Exception.h"
@@ -161,4 +164,21 @@ TEST(ClipboardTest, DefaultFolderFollowsRuntimeDirectory) {
     EXPECT_EQ(FileClipboardBackend::DefaultFolder(),
               "/tmp/lattix-" + std::to_string(::getuid()) + "/clipboard");
     if (saved) ::setenv("XDG_RUNTIME_DIR", keep.c_str(), 1);
+}
+
+TEST(ClipboardTest, OpenWaitsForAnotherThreadToClose) {
+    ClipboardFolder folder;
+    const auto format = RegisterClipboardFormat(kFormat);
+    WriteText(format, "before");
+    std::atomic<bool> opened{false};
+    std::thread writer([&opened, format] {
+        ClipboardSession session;
+        opened = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        EmptyClipboard();
+        SetClipboardData(format, Bytes("after"));
+    });
+    while (!opened) std::this_thread::yield();
+    EXPECT_EQ(ReadText(format), "after");  // never the state in between
+    writer.join();
 }
