@@ -1,0 +1,503 @@
+#include <algorithm>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <pugixml.hpp>
+
+#include "LattixBasic/ConditionalProcess.h"
+#include "LattixBasic/IfProcess.h"
+#include "QuarnLog/Exception.h"
+#include "Velmar/Lattix/Data.h"
+#include "Velmar/Lattix/DataFactory.h"
+#include "Velmar/Lattix/JsonValue.h"
+#include "Velmar/Lattix/Model.h"
+#include "Velmar/Lattix/Operator.h"
+#include "Velmar/Lattix/OperatorFactory.h"
+#include "Velmar/Lattix/Port.h"
+#include "format/modelxml.h"
+#include "format/modelxmlnames.h"
+#include "qtxt/Text.h"
+
+namespace Velmar::Lattix::format {
+
+namespace {
+
+std::wstring W(const char* text) { return qtxt::UTF8toDefaultWide(text); }
+
+bool Is(const pugi::xml_node& node, const char* name) { return std::strcmp(node.name(), name) == 0; }
+
+// A value text quoted in a message, cut short when long.
+std::wstring Excerpt(const std::wstring& text) {
+    constexpr std::size_t limit = 60;
+    return L"\"" + (text.size() > limit ? text.substr(0, limit) + L"..." : text) + L"\"";
+}
+
+// The deepest nesting of JSON arrays and objects in text (brackets inside strings do not count).
+int JsonDepth(std::string_view text) {
+    int depth = 0;
+    int deepest = 0;
+    bool inString = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        char c = text[i];
+        if (inString) {
+            if (c == '\\') ++i;
+            else if (c == '"') inString = false;
+        } else if (c == '"') {
+            inString = true;
+        } else if (c == '[' || c == '{') {
+            deepest = std::max(deepest, ++depth);
+        } else if (c == ']' || c == '}') {
+            --depth;
+        }
+    }
+    return deepest;
+}
+
+class Reader {
+public:
+    Reader(std::string_view bytes, std::wstring source) : bytes(bytes), source(std::move(source)) {}
+
+    std::shared_ptr<Model> Read() {
+        pugi::xml_document document;
+        auto result = document.load_buffer(bytes.data(), bytes.size(), pugi::parse_default,
+                                           pugi::encoding_utf8);
+        if (!result) {
+            if (result.status == pugi::status_no_document_element)
+                FailAt(result.offset, {}, L"it holds no XML element (the file is empty or cut short).");
+            FailAt(result.offset, {},
+                   L"the XML is malformed or cut short (" + W(result.description()) + L").");
+        }
+        auto root = document.document_element();
+        if (!Is(root, xml::Root))
+            Fail(root, L"the root element is <" + W(root.name()) + L">, not <" + W(xml::Root) +
+                           L">: this is not a model file.");
+        auto versionText = Required(root, xml::FormatVersion);
+        int version = 0;
+        try {
+            std::size_t used = 0;
+            version = std::stoi(versionText, &used);
+            if (used != versionText.size()) throw std::invalid_argument("trailing text");
+        } catch (const std::exception&) {
+            Fail(root, L"the format version " + Excerpt(versionText) + L" is not a whole number.");
+        }
+        if (version > ModelXmlVersion)
+            Fail(root, L"the file has format version " + std::to_wstring(version) +
+                           L", newer than the version this program reads (" +
+                           std::to_wstring(ModelXmlVersion) + L").");
+        if (version < 1)
+            Fail(root, L"the format version " + std::to_wstring(version) + L" does not exist.");
+        pugi::xml_node modelNode;
+        for (auto child : root.children()) {
+            if (child.type() != pugi::node_element) continue;
+            if (!Is(child, xml::ModelElement) || modelNode)
+                Fail(child, L"a model file holds exactly one <Model> element, found <" +
+                                W(child.name()) + L">.");
+            modelNode = child;
+        }
+        if (!modelNode) Fail(root, L"the file holds no <Model> element.");
+        auto op = ReadOperator(modelNode, 0);
+        return std::static_pointer_cast<Model>(op);
+    }
+
+private:
+    [[noreturn]] void FailAt(std::ptrdiff_t offset, const pugi::xml_node& node,
+                             const std::wstring& message) const {
+        std::wstring where;
+        if (offset >= 0 && static_cast<std::size_t>(offset) <= bytes.size()) {
+            auto before = bytes.substr(0, static_cast<std::size_t>(offset));
+            auto line = std::count(before.begin(), before.end(), '\n') + 1;
+            auto lineStart = before.rfind('\n');
+            auto column = offset - (lineStart == std::string_view::npos ? 0 : static_cast<std::ptrdiff_t>(lineStart) + 1) + 1;
+            where = L", line " + std::to_wstring(line) + L", column " + std::to_wstring(column);
+        }
+        std::wstring path;
+        for (auto n = node; n && n.type() == pugi::node_element; n = n.parent()) {
+            std::wstring step = W(n.name());
+            if (auto id = n.attribute(xml::Id)) step += L"[id=" + W(id.value()) + L"]";
+            else if (auto name = n.attribute(xml::Name)) step += L"[name=" + W(name.value()) + L"]";
+            path = path.empty() ? step : step + L"/" + path;
+        }
+        if (!path.empty()) where += L" (" + path + L")";
+        QUARN_THROW(L"Cannot read " + source + where + L": " + message);
+    }
+
+    [[noreturn]] void Fail(const pugi::xml_node& node, const std::wstring& message) const {
+        FailAt(node.offset_debug(), node, message);
+    }
+
+    std::wstring Required(const pugi::xml_node& node, const char* name) const {
+        auto attribute = node.attribute(name);
+        if (!attribute) Fail(node, L"the attribute \"" + W(name) + L"\" is missing.");
+        return W(attribute.value());
+    }
+
+    bool Flag(const pugi::xml_node& node, const char* name, bool fallback = false) const {
+        auto attribute = node.attribute(name);
+        if (!attribute) return fallback;
+        std::string_view value = attribute.value();
+        if (value == "true") return true;
+        if (value == "false") return false;
+        Fail(node, L"the attribute \"" + W(name) + L"\" is " + Excerpt(W(attribute.value())) +
+                       L"; true or false expected.");
+    }
+
+    int Reference(const pugi::xml_node& node, const char* name) const {
+        auto text = Required(node, name);
+        try {
+            std::size_t used = 0;
+            int value = std::stoi(text, &used);
+            if (used == text.size() && value >= 0) return value;
+        } catch (const std::exception&) {
+        }
+        Fail(node, L"the attribute \"" + W(name) + L"\" is " + Excerpt(text) +
+                       L"; an operator id (a whole number from 0) expected.");
+    }
+
+    std::vector<std::wstring> Texts(const pugi::xml_node& list, const char* itemName) const {
+        std::vector<std::wstring> items;
+        for (auto item : list.children()) {
+            if (item.type() != pugi::node_element) continue;
+            if (!Is(item, itemName))
+                Fail(item, L"<" + W(itemName) + L"> expected, found <" + W(item.name()) + L">.");
+            items.push_back(W(item.child_value()));
+        }
+        return items;
+    }
+
+    std::vector<ObjectName> Types(const pugi::xml_node& list) const {
+        std::vector<ObjectName> types;
+        for (const auto& text : Texts(list, xml::TypeItem)) {
+            ObjectName type;
+            if (!ObjectName::TryParse(text, type))
+                Fail(list, L"the data type name " + Excerpt(text) +
+                               L" is not of the form Namespace.Name.");
+            types.push_back(type);
+        }
+        return types;
+    }
+
+    // A value from its element (type attribute, JSON text); null when the element has no type.
+    std::shared_ptr<Data> ReadData(const pugi::xml_node& node) const {
+        auto typeAttribute = node.attribute(xml::Type);
+        if (!typeAttribute) {
+            if (node.first_child()) Fail(node, L"a value needs a \"type\" attribute.");
+            return nullptr;
+        }
+        auto typeName = W(typeAttribute.value());
+        ObjectName type;
+        if (!ObjectName::TryParse(typeName, type))
+            Fail(node, L"the data type name " + Excerpt(typeName) + L" is not of the form Namespace.Name.");
+        auto data = DataFactory::TryCreate(type);
+        if (!data) Fail(node, L"unknown data type \"" + typeName + L"\".");
+        std::string_view text = node.child_value();
+        if (JsonDepth(text) > MaxValueDepth)
+            Fail(node, L"the value nests lists or dictionaries deeper than " +
+                           std::to_wstring(MaxValueDepth) + L" levels.");
+        try {
+            data->FromJson(JsonValue::FromText(std::string(text)));
+        } catch (const std::exception& error) {
+            Fail(node, L"bad value text " + Excerpt(W(std::string(text).c_str())) + L" for type \"" +
+                           typeName + L"\": " + W(error.what()));
+        }
+        return data;
+    }
+
+    std::shared_ptr<Operator> ReadOperator(const pugi::xml_node& node, int depth) {
+        if (depth > MaxModelDepth)
+            Fail(node, L"models nest deeper than " + std::to_wstring(MaxModelDepth) + L" levels.");
+        bool plainModel = Is(node, xml::ModelElement);
+        auto nameSpace = Required(node, xml::Namespace);
+        auto name = Required(node, xml::Name);
+        if (nameSpace.empty() || name.empty() || nameSpace.find(L'.') != std::wstring::npos ||
+            name.find(L'.') != std::wstring::npos)
+            Fail(node, L"the operator name \"" + nameSpace + L"." + name + L"\" is not valid.");
+        std::shared_ptr<Operator> op;
+        if (plainModel) {
+            op = std::make_shared<Model>(nameSpace, name);
+        } else {
+            try {
+                op = OperatorFactory::TryCreate(ObjectName(nameSpace, name));
+            } catch (const std::exception& error) {
+                Fail(node, L"operator \"" + nameSpace + L"." + name + L"\" cannot be made: " +
+                               W(error.what()));
+            }
+            if (!op) Fail(node, L"unknown operator \"" + nameSpace + L"." + name + L"\".");
+        }
+        auto model = std::dynamic_pointer_cast<Model>(op);
+
+        if (auto a = node.attribute(xml::DisplayName)) op->SetDisplayName(W(a.value()));
+        if (auto a = node.attribute(xml::Icon)) op->SetIcon(W(a.value()));
+        if (auto a = node.attribute(xml::DisplayCategory)) op->SetDisplayCategory(W(a.value()));
+        if (auto a = node.attribute(xml::ColorCategory)) op->SetColorCategory(W(a.value()));
+        if (node.attribute(xml::UsableInExpression))
+            op->SetUsableInExpression(Flag(node, xml::UsableInExpression));
+        if (auto a = node.attribute(xml::Uri)) op->SetUri(W(a.value()));
+        bool modelFlags = node.attribute(xml::ProcessName) || node.attribute(xml::Readonly) ||
+                          node.attribute(xml::Locked) || node.attribute(xml::PlainFormatForbidden);
+        if (modelFlags && !model) Fail(node, L"only models have a process name or editing flags.");
+        if (model) {
+            model->SetProcessName(W(node.attribute(xml::ProcessName).value()));
+            model->SetReadonly(Flag(node, xml::Readonly));
+            model->SetLocked(Flag(node, xml::Locked));
+            model->SetPlainFormatForbidden(Flag(node, xml::PlainFormatForbidden));
+        }
+
+        std::map<int, std::shared_ptr<Operator>> ids;
+        if (model) ids[0] = op;
+        pugi::xml_node links;
+        pugi::xml_node portOrder;
+        // A model's ports take the types of the ports they alias when they have none; the types
+        // read from the file are put back once the aliases are made.
+        std::vector<std::pair<std::shared_ptr<Port>, std::vector<ObjectName>>> modelPortTypes;
+
+        for (auto child : node.children()) {
+            if (child.type() != pugi::node_element) continue;
+            if (Is(child, xml::Description)) {
+                op->SetDescription(W(child.child_value()));
+            } else if (Is(child, xml::Keywords)) {
+                op->SetKeywords(Texts(child, xml::Keyword));
+            } else if (Is(child, xml::SyntaxForms)) {
+                op->SetSyntaxForms(Texts(child, xml::Form));
+            } else if (Is(child, xml::PortElement)) {
+                auto port = ReadPort(child, *op);
+                if (model && port) modelPortTypes.emplace_back(port, port->GetDeclaredSupportedTypes());
+            } else if (Is(child, xml::PortOrder)) {
+                portOrder = child;
+            } else if (Is(child, xml::Attribute)) {
+                auto attributeName = Required(child, xml::Name);
+                if (Flag(child, xml::Removed)) {
+                    op->RemoveAttribute(attributeName);
+                } else {
+                    auto value = ReadData(child);
+                    if (!value) Fail(child, L"an operator attribute needs a value.");
+                    op->SetAttribute(attributeName, value);
+                }
+            } else if (model && (Is(child, xml::OperatorElement) || Is(child, xml::ModelElement))) {
+                int id = Reference(child, xml::Id);
+                if (id == 0) Fail(child, L"operator id 0 stands for the model itself.");
+                if (ids.count(id)) Fail(child, L"duplicate operator id " + std::to_wstring(id) + L".");
+                auto inner = ReadOperator(child, depth + 1);
+                Guard(child, [&] { model->AddOperator(inner); });
+                ids[id] = inner;
+            } else if (model && Is(child, xml::Links)) {
+                if (links) Fail(child, L"a model has one <Links> element.");
+                links = child;
+            } else {
+                Fail(child, L"unexpected element <" + W(child.name()) + L"> in <" + W(node.name()) + L">.");
+            }
+        }
+        if (portOrder) ApplyPortOrder(portOrder, *op);
+        if (links) ReadLinks(links, *model, ids);
+        for (const auto& [port, types] : modelPortTypes)
+            if (port->GetDeclaredSupportedTypes() != types) port->SetSupportedTypes(types);
+        return op;
+    }
+
+    // Runs an engine call, turning its error into one that names the element.
+    template <typename Fn>
+    void Guard(const pugi::xml_node& node, Fn&& fn) const {
+        try {
+            fn();
+        } catch (const std::exception& error) {
+            Fail(node, W(error.what()));
+        }
+    }
+
+    std::shared_ptr<Port> ReadPort(const pugi::xml_node& node, Operator& op) const {
+        auto name = Required(node, xml::Name);
+        if (name.empty()) Fail(node, L"a port needs a name.");
+        if (Flag(node, xml::Removed)) {
+            op.RemovePort(name);
+            return nullptr;
+        }
+        auto port = op.GetPort(name);
+        if (auto directionAttribute = node.attribute(xml::Direction)) {
+            std::string_view text = directionAttribute.value();
+            if (text != "input" && text != "output")
+                Fail(node, L"the port direction " + Excerpt(W(directionAttribute.value())) +
+                               L" is neither input nor output.");
+            auto direction = text == "input" ? PortDirection::Input : PortDirection::Output;
+            if (port && port->GetDirection() != direction) {
+                op.RemovePort(name);
+                port = nullptr;
+            }
+            if (!port) Guard(node, [&] { port = op.AddPort(name, direction); });
+        }
+        if (!port)
+            Fail(node, L"operator \"" + op.GetObjectName().GetFullName() + L"\" has no port \"" + name +
+                           L"\" of its own and the file gives no direction for it.");
+
+        if (auto a = node.attribute(xml::DisplayName)) port->SetDisplayName(W(a.value()));
+        if (node.attribute(xml::Optional)) port->SetOptional(Flag(node, xml::Optional));
+        if (node.attribute(xml::Hidden)) port->SetIsHidden(Flag(node, xml::Hidden));
+        if (node.attribute(xml::Private)) port->SetPrivate(Flag(node, xml::Private));
+        if (node.attribute(xml::Native)) port->SetNative(Flag(node, xml::Native));
+        for (auto child : node.children()) {
+            if (child.type() != pugi::node_element) continue;
+            if (Is(child, xml::Description)) {
+                port->SetDescription(W(child.child_value()));
+            } else if (Is(child, xml::Keywords)) {
+                port->SetKeywords(Texts(child, xml::Keyword));
+            } else if (Is(child, xml::Types)) {
+                port->SetSupportedTypes(Types(child));
+            } else if (Is(child, xml::ExtraTypes)) {
+                port->ClearExtraSupportedTypes();
+                for (const auto& type : Types(child)) port->AddExtraSupportedType(type);
+            } else if (Is(child, xml::ExcludedTypes)) {
+                port->ClearExcludedTypes();
+                for (const auto& type : Types(child)) port->AddExcludedType(type);
+            } else if (Is(child, xml::Default)) {
+                auto value = ReadData(child);
+                Guard(child, [&] { port->SetDefaultData(value); });
+            } else if (Is(child, xml::Value)) {
+                auto value = ReadData(child);
+                Guard(child, [&] { port->SetData(value); });
+            } else if (Is(child, xml::Attribute)) {
+                auto attributeName = Required(child, xml::Name);
+                if (Flag(child, xml::Removed))
+                    port->RemoveAttribute(attributeName);
+                else
+                    port->SetAttribute(attributeName, ReadData(child));
+            } else if (Is(child, xml::DataAttribute)) {
+                auto typeName = Required(child, xml::DataType);
+                ObjectName type;
+                if (!ObjectName::TryParse(typeName, type))
+                    Fail(child, L"the data type name " + Excerpt(typeName) + L" is not of the form Namespace.Name.");
+                auto attributeName = Required(child, xml::Name);
+                if (Flag(child, xml::Removed))
+                    port->RemoveDataTypeAttribute(type, attributeName);
+                else
+                    port->SetDataTypeAttribute(type, attributeName, ReadData(child));
+            } else {
+                Fail(child, L"unexpected element <" + W(child.name()) + L"> in <Port>.");
+            }
+        }
+        return port;
+    }
+
+    // Puts the ports in the order the file lists them (the operator's own order is kept unless the
+    // saved operator had another).
+    void ApplyPortOrder(const pugi::xml_node& node, Operator& op) const {
+        auto names = Texts(node, xml::PortName);
+        auto ports = op.GetPorts();
+        std::set<std::wstring> listed(names.begin(), names.end());
+        if (listed.size() != names.size() || names.size() != ports.size())
+            Fail(node, L"the port order does not list each port of the operator once.");
+        std::vector<std::shared_ptr<Port>> ordered;
+        for (const auto& name : names) {
+            auto port = op.GetPort(name);
+            if (!port) Fail(node, L"the port order names \"" + name + L"\", which the operator does not have.");
+            ordered.push_back(port);
+        }
+        for (const auto& port : ordered) {
+            op.RemovePort(port->GetName());
+            op.AdoptPort(port);
+        }
+    }
+
+    std::shared_ptr<Operator> Lookup(const pugi::xml_node& node, const char* attribute,
+                                     const std::map<int, std::shared_ptr<Operator>>& ids) const {
+        int id = Reference(node, attribute);
+        auto found = ids.find(id);
+        if (found == ids.end())
+            Fail(node, L"the model has no operator with id " + std::to_wstring(id) + L".");
+        return found->second;
+    }
+
+    std::shared_ptr<Port> PortOf(const pugi::xml_node& node, const char* attribute,
+                                 const std::shared_ptr<Operator>& op) const {
+        auto name = Required(node, attribute);
+        auto port = op->GetPort(name);
+        if (!port)
+            Fail(node, L"operator \"" + op->GetDisplayName() + L"\" has no port \"" + name + L"\".");
+        return port;
+    }
+
+    std::shared_ptr<LattixBasic::ConditionalProcess> OwnerOf(
+        const pugi::xml_node& node, const std::map<int, std::shared_ptr<Operator>>& ids) const {
+        auto owner = std::dynamic_pointer_cast<LattixBasic::ConditionalProcess>(Lookup(node, xml::Owner, ids));
+        if (!owner) Fail(node, L"the owner of a body, test or branch must be a conditional operator.");
+        return owner;
+    }
+
+    void ReadLinks(const pugi::xml_node& links, Model& model,
+                   const std::map<int, std::shared_ptr<Operator>>& ids) const {
+        std::set<std::pair<Operator*, Operator*>> flow;
+        auto children = [&](const char* name) {
+            std::vector<pugi::xml_node> result;
+            for (auto child : links.children())
+                if (child.type() == pugi::node_element && Is(child, name)) result.push_back(child);
+            return result;
+        };
+        for (auto child : links.children()) {
+            if (child.type() != pugi::node_element) continue;
+            if (!Is(child, xml::Parent) && !Is(child, xml::Connection) && !Is(child, xml::Alias) &&
+                !Is(child, xml::Body) && !Is(child, xml::Test) && !Is(child, xml::Tail))
+                Fail(child, L"unexpected element <" + W(child.name()) + L"> in <Links>.");
+        }
+        // Flow parents first, in their saved order; data links would otherwise add theirs first.
+        for (const auto& node : children(xml::Parent)) {
+            auto child = Lookup(node, xml::Child, ids);
+            auto parent = Lookup(node, xml::ParentId, ids);
+            if (child == parent) Fail(node, L"an operator cannot be its own flow parent.");
+            Guard(node, [&] { child->AddParent(parent); });
+            flow.insert({child.get(), parent.get()});
+        }
+        for (const auto& node : children(xml::Connection)) {
+            auto parent = Lookup(node, xml::From, ids);
+            auto child = Lookup(node, xml::To, ids);
+            auto parentPort = PortOf(node, xml::FromPort, parent);
+            auto childPort = PortOf(node, xml::ToPort, child);
+            Guard(node, [&] { Operator::ConnectParent(child, parent, parentPort, childPort); });
+        }
+        // A data link whose flow link the user removed afterwards.
+        for (const auto& [id, op] : ids) {
+            if (id == 0) continue;
+            for (const auto& parent : op->GetParents())
+                if (!flow.count({op.get(), parent.get()})) op->RemoveParent(parent);
+        }
+        for (const auto& node : children(xml::Alias)) {
+            auto inner = Lookup(node, xml::OperatorRef, ids);
+            if (inner.get() == &model) Fail(node, L"a model port cannot alias a port of the model itself.");
+            auto innerPort = PortOf(node, xml::PortRef, inner);
+            auto name = Required(node, xml::ModelPort);
+            Guard(node, [&] { model.AliasPort(innerPort, name); });
+        }
+        for (const auto& node : children(xml::Body)) {
+            auto owner = OwnerOf(node, ids);
+            auto op = Lookup(node, xml::OperatorRef, ids);
+            Guard(node, [&] { owner->AddBodyOperator(op); });
+        }
+        for (const auto& node : children(xml::Test)) {
+            auto owner = OwnerOf(node, ids);
+            auto op = Lookup(node, xml::OperatorRef, ids);
+            auto port = node.attribute(xml::PortRef) ? PortOf(node, xml::PortRef, op) : nullptr;
+            Guard(node, [&] { owner->SetTest(op, port); });
+        }
+        for (const auto& node : children(xml::Tail)) {
+            auto owner = std::dynamic_pointer_cast<LattixBasic::IfProcess>(OwnerOf(node, ids));
+            if (!owner) Fail(node, L"only an if operator has branches.");
+            auto op = Lookup(node, xml::OperatorRef, ids);
+            if (!node.attribute(xml::Branch)) Fail(node, L"the attribute \"branch\" is missing.");
+            bool branch = Flag(node, xml::Branch);
+            Guard(node, [&] { branch ? owner->AddIfTail(op) : owner->AddElseTail(op); });
+        }
+    }
+
+    std::string_view bytes;
+    std::wstring source;
+};
+
+}  // namespace
+
+std::shared_ptr<Model> ReadModelXml(std::string_view bytes, const std::wstring& source) {
+    return Reader(bytes, source).Read();
+}
+
+}  // namespace Velmar::Lattix::format
