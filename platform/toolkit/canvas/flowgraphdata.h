@@ -46,6 +46,7 @@ struct flowGraphNodeData {
     std::wstring caption;
     std::wstring tooltip;
     std::wstring icon;
+    std::shared_ptr<Icon> iconObject;
     std::uint32_t color = 0xFFFFFF;
     std::uint32_t outlineColor = 0;
     std::uint32_t textColor = 0;

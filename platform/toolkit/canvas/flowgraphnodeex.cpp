@@ -4,6 +4,7 @@
 
 #include "QuarnLog/Exception.h"
 #include "ZML/FlowGraphConnectionPointEx.h"
+#include "ZML/Icon.h"
 #include "canvas/flowgraphdata.h"
 #include "qtxt/Text.h"
 
@@ -48,10 +49,30 @@ const std::wstring& FlowGraphNodeEx::GetTooltip() const {
 }
 
 void FlowGraphNodeEx::SetIcon(const std::wstring& icon) {
-    Update(*this, nodeData->icon, icon, FlowGraphChange::Appearance | FlowGraphChange::Geometry);
+    if (nodeData->icon == icon && !nodeData->iconObject) {
+        return;
+    }
+    nodeData->icon = icon;
+    nodeData->iconObject.reset();
+    NodeChanged(*this, FlowGraphChange::Appearance | FlowGraphChange::Geometry);
 }
+
+void FlowGraphNodeEx::SetIcon(const std::shared_ptr<Icon>& icon) {
+    if (icon == nodeData->iconObject) {
+        return;
+    }
+    nodeData->icon = !icon                   ? std::wstring()
+                     : icon->IsPlaceholder() ? icon->RequestedName()
+                                             : icon->Path();
+    nodeData->iconObject = icon;
+    NodeChanged(*this, FlowGraphChange::Appearance | FlowGraphChange::Geometry);
+}
+
 const std::wstring& FlowGraphNodeEx::GetIcon() const {
     return nodeData->icon;
+}
+std::shared_ptr<Icon> FlowGraphNodeEx::GetIconObject() const {
+    return nodeData->iconObject;
 }
 
 void FlowGraphNodeEx::SetColor(std::uint32_t color) {

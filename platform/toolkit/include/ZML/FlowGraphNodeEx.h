@@ -13,6 +13,7 @@
 namespace ZML {
 
 class FlowGraphConnectionPointEx;
+class Icon;
 struct flowGraphNodeData;
 struct FlowGraphAccess;
 
@@ -47,9 +48,14 @@ public:
     void SetTooltip(const std::wstring& tooltip);
     const std::wstring& GetTooltip() const;
     // The icon drawn left of the caption: a name or path as qzml_IconCreateFromFile resolves it
-    // (empty: no icon).
+    // (empty: no icon). Setting it by name forgets an icon object set before.
     void SetIcon(const std::wstring& icon);
+    // The icon as qzml_IconCreateFromFile made it; its file path (or, for a placeholder, the name
+    // asked for) becomes the icon name. Null clears the icon.
+    void SetIcon(const std::shared_ptr<Icon>& icon);
     const std::wstring& GetIcon() const;
+    // The icon object given to SetIcon, or null when the icon was set by name.
+    std::shared_ptr<Icon> GetIconObject() const;
     // Fill colour; default white. Outline colour; default black.
     void SetColor(std::uint32_t color);
     std::uint32_t GetColor() const;

@@ -5,6 +5,7 @@
 #include <random>
 #include <set>
 
+#include "ZML/Icon.h"
 #include "canvastestkit.h"
 
 using namespace canvastest;
@@ -297,4 +298,48 @@ TEST(CanvasModel, NodesAndConnectionsOutliveTheirCanvasCleanly) {
     FlowGraphPart second;
     second.AddNode(a);
     EXPECT_TRUE(a->IsOnCanvas());
+}
+
+TEST(CanvasModel, OrderSelectionAndHitsSurviveManyRemovals) {
+    FlowGraphPart canvas;
+    std::vector<std::shared_ptr<FlowGraphNodeEx>> kept;
+    for (int i = 0; i < 200; ++i) {
+        auto node = AddNode(canvas, L"n" + std::to_wstring(i), 1, 1, 0, 0);
+        if (i % 5 == 0) {
+            kept.push_back(node);
+            canvas.AddNodeToSelection(node);
+        } else if (i % 5 == 1) {
+            canvas.AddNodeToSelection(node);
+        }
+    }
+    for (const auto& node : canvas.GetNodes()) {
+        if (std::find(kept.begin(), kept.end(), node) == kept.end()) {
+            node->Remove();
+        }
+    }
+    EXPECT_EQ(canvas.GetNodes(), kept);
+    EXPECT_EQ(canvas.GetSelectedNodes(), kept);
+    EXPECT_EQ(canvas.NodeAt(1, 1), kept.back()) << "the last added is on top";
+    auto fresh = AddNode(canvas, L"fresh");
+    kept.back()->Remove();
+    EXPECT_EQ(canvas.NodeAt(1, 1), fresh);
+    EXPECT_EQ(canvas.GetNodeCount(), kept.size());
+}
+
+TEST(CanvasModel, IconsByNameOrObjectAndTheRoomTheyTake) {
+    FlowGraphPart canvas;
+    auto node = AddNode(canvas, L"a caption long enough to set the width", 0, 0);
+    const int plain = node->GetBounds().width;
+    node->SetIcon(L"gear.ico");
+    EXPECT_EQ(node->GetIcon(), L"gear.ico");
+    EXPECT_GT(node->GetBounds().width, plain);
+    auto found = std::make_shared<ZML::Icon>(L"gear.ico", L"/icons/gear.svg");
+    node->SetIcon(found);
+    EXPECT_EQ(node->GetIcon(), L"/icons/gear.svg");
+    EXPECT_EQ(node->GetIconObject(), found);
+    node->SetIcon(std::make_shared<ZML::Icon>(L"missing.ico", L""));
+    EXPECT_EQ(node->GetIcon(), L"missing.ico") << "a placeholder keeps the name asked for";
+    node->SetIcon(L"");
+    EXPECT_FALSE(node->GetIconObject());
+    EXPECT_EQ(node->GetBounds().width, plain);
 }
