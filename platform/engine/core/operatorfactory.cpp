@@ -22,8 +22,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const std::wstring userNamespace = L"User";
-const std::wstring userCategory = L"User Operators";
+constexpr const wchar_t* userNamespace = L"User";
+constexpr const wchar_t* userCategory = L"User Operators";
 
 struct changedCallbackEntry {
     std::wstring name;
@@ -197,9 +197,20 @@ std::wstring FoldProperties(const std::map<ObjectName, userOperator>& operators)
     return text;
 }
 
+// Scans held on this thread: by HoldRescan tokens, and by a scan calling the loader (which makes
+// operators itself and must neither scan again nor wait for its own scan).
+thread_local int rescanHeld = 0;
+
 }  // namespace
 
+std::shared_ptr<void> OperatorFactory::HoldRescan() {
+    Rescan();
+    ++rescanHeld;
+    return std::shared_ptr<void>(nullptr, [](void*) { --rescanHeld; });
+}
+
 bool OperatorFactory::Rescan() {
+    if (rescanHeld > 0) return false;
     auto& registry = Registry();
     std::unique_lock scan(registry.scanLock);
     std::wstring folder;
@@ -219,6 +230,8 @@ bool OperatorFactory::Rescan() {
 
     std::map<ObjectName, userOperator> found;
     if (loader) {
+        ++rescanHeld;
+        std::shared_ptr<void> release(nullptr, [](void*) { --rescanHeld; });
         for (const auto& file : files) {
             auto path = qtxt::widen(file.string());
             auto stem = qtxt::widen(file.stem().string());
@@ -408,7 +421,7 @@ std::shared_ptr<void> OperatorFactory::RegisterFactoryChangedCallback(const std:
         std::lock_guard guard(registry.lock);
         registry.callbacks.push_back(entry);
     }
-    return std::make_shared<factoryCallbackToken>(factoryCallbackToken{entry});
+    return std::make_shared<factoryCallbackToken>(std::weak_ptr<changedCallbackEntry>(entry));
 }
 
 void OperatorFactory::UnregisterFactoryChangedCallback(const std::wstring& name) {

@@ -16,9 +16,9 @@ namespace Velmar::Lattix {
 
 namespace {
 
-const std::wstring keywordsAttribute = L"Keywords";
-const std::wstring additionalTypesAttribute = L"AdditionalTypes";
-const std::wstring excludedTypesAttribute = L"ExcludedTypes";
+constexpr const wchar_t* keywordsAttribute = L"Keywords";
+constexpr const wchar_t* additionalTypesAttribute = L"AdditionalTypes";
+constexpr const wchar_t* excludedTypesAttribute = L"ExcludedTypes";
 
 void AddUnique(std::vector<ObjectName>& list, const ObjectName& type) {
     if (std::find(list.begin(), list.end(), type) == list.end()) list.push_back(type);

@@ -14,21 +14,51 @@ namespace Velmar::Lattix::detail {
 
 namespace {
 
-const ObjectName Raster(L"TAMARIN", L"Raster");
-const ObjectName Double(L"TAMARIN", L"Double");
-const ObjectName Int(L"TAMARIN", L"Int");
-const ObjectName Unsigned(L"TAMARIN", L"Unsigned");
-const ObjectName Bool(L"TAMARIN", L"Bool");
-const ObjectName String(L"TAMARIN", L"String");
-const ObjectName StringList(L"TAMARIN", L"StringList");
-const ObjectName File(L"TAMARIN", L"File");
-const ObjectName List(L"TAMARIN", L"List");
-const ObjectName Generic(L"TAMARIN", L"Data");
-const ObjectName FocalStatistic(L"TAMARIN", L"FocalStatistic");
-const ObjectName ZonalStatistic(L"TAMARIN", L"ZonalStatistic");
-const ObjectName KernelShape(L"TAMARIN", L"KernelShape");
-
-const std::vector<ObjectName> Numeric = {Raster, Double, Int};
+// Functions rather than constants: the catalogue may be built while the library is still being
+// loaded (a loader installed from a static initializer reaches the factory), before constants of
+// this file would exist.
+ObjectName Raster() {
+    return ObjectName(L"TAMARIN", L"Raster");
+}
+ObjectName Double() {
+    return ObjectName(L"TAMARIN", L"Double");
+}
+ObjectName Int() {
+    return ObjectName(L"TAMARIN", L"Int");
+}
+ObjectName Unsigned() {
+    return ObjectName(L"TAMARIN", L"Unsigned");
+}
+ObjectName Bool() {
+    return ObjectName(L"TAMARIN", L"Bool");
+}
+ObjectName String() {
+    return ObjectName(L"TAMARIN", L"String");
+}
+ObjectName StringList() {
+    return ObjectName(L"TAMARIN", L"StringList");
+}
+ObjectName File() {
+    return ObjectName(L"TAMARIN", L"File");
+}
+ObjectName List() {
+    return ObjectName(L"TAMARIN", L"List");
+}
+ObjectName Generic() {
+    return ObjectName(L"TAMARIN", L"Data");
+}
+ObjectName FocalStatistic() {
+    return ObjectName(L"TAMARIN", L"FocalStatistic");
+}
+ObjectName ZonalStatistic() {
+    return ObjectName(L"TAMARIN", L"ZonalStatistic");
+}
+ObjectName KernelShape() {
+    return ObjectName(L"TAMARIN", L"KernelShape");
+}
+std::vector<ObjectName> Numeric() {
+    return {Raster(), Double(), Int()};
+}
 
 PortDefinition In(std::wstring name, std::vector<ObjectName> types, std::wstring description,
                   std::wstring defaultValue = {}, bool optional = false) {
@@ -54,9 +84,9 @@ PortDefinition Out(std::wstring name, std::vector<ObjectName> types, std::wstrin
 // A file port that reads (input) or writes (output) a file of the given filter and extension.
 PortDefinition FilePort(std::wstring name, bool input, std::wstring filter, std::wstring extension,
                         std::wstring kind, std::wstring description,
-                        std::vector<ObjectName> types = {File}) {
+                        std::vector<ObjectName> types = {File()}) {
     auto port = In(std::move(name), std::move(types), std::move(description));
-    auto& attributes = port.dataAttributes[File.GetFullName()];
+    auto& attributes = port.dataAttributes[File().GetFullName()];
     attributes[L"Input"] = std::make_shared<BoolData>(input);
     attributes[L"FileFilter"] = std::make_shared<StringData>(filter);
     attributes[L"Extension"] = std::make_shared<StringData>(extension);
@@ -95,13 +125,13 @@ struct Catalogue {
     void Binary(const std::wstring& category, const std::wstring& name,
                 const std::wstring& displayName, const std::wstring& description,
                 std::vector<std::wstring> keywords, const std::wstring& symbol,
-                std::vector<ObjectName> outputTypes = Numeric) {
+                std::vector<ObjectName> outputTypes = Numeric()) {
         std::vector<std::wstring> syntax;
         if (!symbol.empty()) syntax.push_back(L"<value1> " + symbol + L" <value2>");
         syntax.push_back(name + L"(<value1>, <value2>)");
         Add(category, name, displayName, description, std::move(keywords),
-            {In(L"Input1", Numeric, L"The first operand."),
-             In(L"Input2", Numeric, L"The second operand."),
+            {In(L"Input1", Numeric(), L"The first operand."),
+             In(L"Input2", Numeric(), L"The second operand."),
              Out(L"Output", std::move(outputTypes), L"The result, cell by cell for rasters.")},
             true, syntax);
     }
@@ -112,8 +142,8 @@ struct Catalogue {
         std::vector<std::wstring> syntax = {name + L"(<value>)"};
         syntax.insert(syntax.end(), extraSyntax.begin(), extraSyntax.end());
         Add(category, name, displayName, description, std::move(keywords),
-            {In(L"Input", Numeric, L"The value."),
-             Out(L"Output", Numeric, L"The result, cell by cell for rasters.")},
+            {In(L"Input", Numeric(), L"The value."),
+             Out(L"Output", Numeric(), L"The result, cell by cell for rasters.")},
             true, syntax);
     }
 
@@ -121,12 +151,12 @@ struct Catalogue {
                const std::wstring& statistic, const std::wstring& description) {
         Add(L"Focal", name, displayName, description,
             {L"focal", L"neighbourhood", L"kernel", L"moving window", Lower(statistic)},
-            {In(L"Raster", {Raster}, L"The raster to filter."),
-             In(L"Size", {Unsigned}, L"The kernel width and height in cells (odd).", L"3"),
-             In(L"Shape", {KernelShape}, L"The shape of the kernel.", L"Square"),
-             In(L"IgnoreValue", {Double}, L"Cells of this value are left out of the statistic.", {},
-                true),
-             Out(L"Output", {Raster},
+            {In(L"Raster", {Raster()}, L"The raster to filter."),
+             In(L"Size", {Unsigned()}, L"The kernel width and height in cells (odd).", L"3"),
+             In(L"Shape", {KernelShape()}, L"The shape of the kernel.", L"Square"),
+             In(L"IgnoreValue", {Double()}, L"Cells of this value are left out of the statistic.",
+                {}, true),
+             Out(L"Output", {Raster()},
                  L"The " + Lower(statistic) + L" of each cell's neighbourhood.")},
             true,
             {name + L"(<raster>, <size>)", name + L"(<raster>, <size>, IGNORE_VALUE <value>)",
@@ -137,10 +167,10 @@ struct Catalogue {
                const std::wstring& statistic, const std::wstring& description) {
         Add(L"Zonal", name, displayName, description,
             {L"zonal", L"zones", L"statistics", Lower(statistic)},
-            {In(L"Zones", {Raster}, L"The raster of zone numbers."),
-             In(L"Values", {Raster}, L"The raster whose values are summarised per zone."),
-             In(L"IgnoreZero", {Bool}, L"Leave zone 0 out.", L"true"),
-             Out(L"Output", {Raster, List}, L"The " + Lower(statistic) + L" of each zone.")},
+            {In(L"Zones", {Raster()}, L"The raster of zone numbers."),
+             In(L"Values", {Raster()}, L"The raster whose values are summarised per zone."),
+             In(L"IgnoreZero", {Bool()}, L"Leave zone 0 out.", L"true"),
+             Out(L"Output", {Raster(), List()}, L"The " + Lower(statistic) + L" of each zone.")},
             true,
             {name + L"(<zones>, <values>)", name + L"(<zones>, <values>, IGNORE)",
              name + L"(<zones>, <values>, USEALL)"});
@@ -164,46 +194,46 @@ std::vector<OperatorDefinition> BuiltInOperators() {
           L"Reads a raster dataset, all bands or the chosen ones.",
           {L"read", L"open", L"image", L"grid", L"raster"},
           {FilePort(L"Filename", true, L"Raster files|*.img;*.tif;*.tiff", L".img", L"Raster",
-                    L"The raster file to read.", {File, Raster}),
-           Out(L"Raster", {Raster}, L"The raster read.")});
+                    L"The raster file to read.", {File(), Raster()}),
+           Out(L"Raster", {Raster()}, L"The raster read.")});
     c.Add(L"Input", L"VectorInput", L"Vector Input",
           L"Reads a vector layer (points, lines or polygons).",
           {L"read", L"open", L"shapefile", L"features", L"vector"},
           {FilePort(L"Filename", true, L"Vector files|*.shp;*.gpkg;*.geojson", L".shp", L"Vector",
                     L"The vector file to read."),
-           In(L"Layer", {String}, L"The layer of a multi-layer source; empty for the first.", {},
+           In(L"Layer", {String()}, L"The layer of a multi-layer source; empty for the first.", {},
               true),
-           Out(L"Vector", {File}, L"The vector layer read.")});
+           Out(L"Vector", {File()}, L"The vector layer read.")});
     c.Add(L"Input", L"ScalarInput", L"Scalar Input", L"Gives a single number to the model.",
           {L"number", L"constant", L"value", L"scalar"},
-          {In(L"Value", {Double, Int}, L"The number."),
-           Out(L"Output", {Double, Int}, L"The number.")});
+          {In(L"Value", {Double(), Int()}, L"The number."),
+           Out(L"Output", {Double(), Int()}, L"The number.")});
     c.Add(L"Input", L"FileInput", L"File Input",
           L"Gives the name of an existing file to the model.", {L"file", L"name", L"path", L"read"},
           {FilePort(L"Filename", true, L"All files|*", L"", L"File", L"The file."),
-           Out(L"File", {File}, L"The file name.")});
+           Out(L"File", {File()}, L"The file name.")});
 
     // Output
     c.Add(L"Output", L"RasterOutput", L"Raster Output", L"Writes a raster dataset.",
           {L"write", L"save", L"image", L"grid", L"raster"},
-          {In(L"Raster", {Raster, Double, Int}, L"The raster to write."),
+          {In(L"Raster", {Raster(), Double(), Int()}, L"The raster to write."),
            FilePort(L"Filename", false, L"Raster files|*.img;*.tif;*.tiff", L".img", L"Raster",
                     L"The raster file to write."),
-           In(L"PixelType", {String}, L"The cell type written (Float, Integer, Byte).", L"Float"),
-           Out(L"Output", {Raster}, L"The raster written.")});
+           In(L"PixelType", {String()}, L"The cell type written (Float, Integer, Byte).", L"Float"),
+           Out(L"Output", {Raster()}, L"The raster written.")});
     c.Add(L"Output", L"VectorOutput", L"Vector Output", L"Writes a vector layer.",
           {L"write", L"save", L"shapefile", L"features", L"vector"},
-          {In(L"Vector", {File}, L"The vector layer to write."),
+          {In(L"Vector", {File()}, L"The vector layer to write."),
            FilePort(L"Filename", false, L"Vector files|*.shp;*.gpkg;*.geojson", L".shp", L"Vector",
                     L"The vector file to write.")});
     c.Add(L"Output", L"ScalarOutput", L"Scalar Output",
           L"Shows a single value computed by the model.",
           {L"number", L"result", L"value", L"scalar"},
-          {In(L"Value", {Double, Int, Bool, String}, L"The value to show.")});
+          {In(L"Value", {Double(), Int(), Bool(), String()}, L"The value to show.")});
     c.Add(L"Output", L"FileOutput", L"File Output",
           L"Copies a file made by the model to a chosen name.",
           {L"file", L"write", L"copy", L"save"},
-          {In(L"File", {File}, L"The file to copy."),
+          {In(L"File", {File()}, L"The file to copy."),
            FilePort(L"Filename", false, L"All files|*", L"", L"File", L"Where to write it.")});
 
     // Arithmetic
@@ -250,7 +280,7 @@ std::vector<OperatorDefinition> BuiltInOperators() {
              L"");
 
     // Relational
-    const std::vector<ObjectName> truth = {Raster, Bool};
+    const std::vector<ObjectName> truth = {Raster(), Bool()};
     c.Binary(L"Relational", L"EqualTo", L"Equal To", L"True where the two values are equal.",
              {L"equal", L"=="}, L"==", truth);
     c.Binary(L"Relational", L"NotEqual", L"Not Equal", L"True where the two values differ.",
@@ -281,7 +311,7 @@ std::vector<OperatorDefinition> BuiltInOperators() {
           L"Runs the operators on its True branch when the condition holds, those on its False "
           L"branch otherwise.",
           {L"if", L"else", L"branch", L"condition", L"decision"},
-          {In(L"Condition", {Bool}, L"The condition tested.")})
+          {In(L"Condition", {Bool()}, L"The condition tested.")})
         .make = [] { return std::make_shared<LattixBasic::IfProcess>(); };
     c.Add(L"Conditional", L"Conditional", L"Conditional",
           L"Runs its body only when its test holds.", {L"when", L"guard", L"condition", L"test"},
@@ -290,10 +320,10 @@ std::vector<OperatorDefinition> BuiltInOperators() {
     c.Add(L"Conditional", L"Either", L"Either",
           L"Chooses the first or the second value by a condition, cell by cell.",
           {L"choose", L"select", L"conditional", L"ternary"},
-          {In(L"Condition", {Raster, Bool}, L"Where true the first value is taken."),
-           In(L"WhenTrue", Numeric, L"The value where the condition holds."),
-           In(L"WhenFalse", Numeric, L"The value elsewhere."),
-           Out(L"Output", Numeric, L"The chosen values.")},
+          {In(L"Condition", {Raster(), Bool()}, L"Where true the first value is taken."),
+           In(L"WhenTrue", Numeric(), L"The value where the condition holds."),
+           In(L"WhenFalse", Numeric(), L"The value elsewhere."),
+           Out(L"Output", Numeric(), L"The chosen values.")},
           true,
           {L"if(<condition>, <value1>, <value2>)", L"<condition> ? <value1> : <value2>",
            L"Either(<condition>, <value1>, <value2>)"});
@@ -315,11 +345,11 @@ std::vector<OperatorDefinition> BuiltInOperators() {
     c.Add(L"Focal", L"Focal", L"Focal Statistics",
           L"Any neighbourhood statistic over a kernel of chosen size and shape.",
           {L"focal", L"neighbourhood", L"kernel", L"filter", L"convolution"},
-          {In(L"Raster", {Raster}, L"The raster to filter."),
-           In(L"Statistic", {FocalStatistic}, L"The statistic computed.", L"Mean"),
-           In(L"Size", {Unsigned}, L"The kernel width and height in cells (odd).", L"3"),
-           In(L"Shape", {KernelShape}, L"The shape of the kernel.", L"Square"),
-           Out(L"Output", {Raster}, L"The statistic of each cell's neighbourhood.")});
+          {In(L"Raster", {Raster()}, L"The raster to filter."),
+           In(L"Statistic", {FocalStatistic()}, L"The statistic computed.", L"Mean"),
+           In(L"Size", {Unsigned()}, L"The kernel width and height in cells (odd).", L"3"),
+           In(L"Shape", {KernelShape()}, L"The shape of the kernel.", L"Square"),
+           Out(L"Output", {Raster()}, L"The statistic of each cell's neighbourhood.")});
 
     // Zonal
     c.Zonal(L"ZonalMean", L"Zonal Mean", L"Mean", L"The mean of the values in each zone.");
@@ -331,44 +361,44 @@ std::vector<OperatorDefinition> BuiltInOperators() {
     // Flow control
     c.Add(L"FlowControl", L"Loop", L"Loop", L"Runs its body again while its test holds.",
           {L"loop", L"repeat", L"while", L"iterate"},
-          {In(L"MaxIterations", {Unsigned}, L"The most times the body runs (0: no limit).", L"0"),
-           Out(L"Iteration", {Unsigned}, L"The number of the running pass, from 1.")})
+          {In(L"MaxIterations", {Unsigned()}, L"The most times the body runs (0: no limit).", L"0"),
+           Out(L"Iteration", {Unsigned()}, L"The number of the running pass, from 1.")})
         .make = [] { return std::make_shared<LattixBasic::LoopProcess>(); };
     c.Add(L"FlowControl", L"Counter", L"Counter",
           L"Counts from a start value by a step, one value per pass of a loop.",
           {L"count", L"sequence", L"index"},
-          {In(L"Start", {Int}, L"The first value.", L"1"),
-           In(L"Step", {Int}, L"The change per pass.", L"1"),
-           Out(L"Output", {Int}, L"The present value.")});
+          {In(L"Start", {Int()}, L"The first value.", L"1"),
+           In(L"Step", {Int()}, L"The change per pass.", L"1"),
+           Out(L"Output", {Int()}, L"The present value.")});
 
     // Lists
     c.Add(L"List", L"CreateList", L"Create List", L"Makes a list of the values given.",
           {L"list", L"array", L"collect"},
-          {In(L"Item1", {Generic}, L"The first item."),
-           In(L"Item2", {Generic}, L"The second item.", {}, true),
-           Out(L"List", {List}, L"The list.")});
+          {In(L"Item1", {Generic()}, L"The first item."),
+           In(L"Item2", {Generic()}, L"The second item.", {}, true),
+           Out(L"List", {List()}, L"The list.")});
     c.Add(L"List", L"GetListItem", L"Get List Item",
           L"Takes one item of a list by its index (from 0).",
           {L"list", L"index", L"element", L"item"},
-          {In(L"List", {List, StringList}, L"The list."),
-           In(L"Index", {Unsigned}, L"The index, from 0.", L"0"),
-           Out(L"Item", {Generic}, L"The item.")});
+          {In(L"List", {List(), StringList()}, L"The list."),
+           In(L"Index", {Unsigned()}, L"The index, from 0.", L"0"),
+           Out(L"Item", {Generic()}, L"The item.")});
     c.Add(L"List", L"ListCount", L"List Count", L"The number of items of a list.",
           {L"list", L"length", L"size", L"count"},
-          {In(L"List", {List, StringList}, L"The list."),
-           Out(L"Count", {Unsigned}, L"The number of items.")});
+          {In(L"List", {List(), StringList()}, L"The list."),
+           Out(L"Count", {Unsigned()}, L"The number of items.")});
     c.Add(L"List", L"AppendToList", L"Append To List", L"Adds an item at the end of a list.",
           {L"list", L"append", L"add"},
-          {In(L"List", {List}, L"The list."), In(L"Item", {Generic}, L"The item added."),
-           Out(L"Output", {List}, L"The longer list.")});
+          {In(L"List", {List()}, L"The list."), In(L"Item", {Generic()}, L"The item added."),
+           Out(L"Output", {List()}, L"The longer list.")});
 
     // Expression
     c.Add(L"Expression", L"Expression", L"Expression",
           L"Computes a value from an expression over its input ports; it gets one input port per $ "
           L"name.",
           {L"formula", L"calculator", L"lxl", L"math", L"model maker"},
-          {In(L"Expression", {String}, L"The expression text."),
-           Out(L"Output", Numeric, L"The value computed.")})
+          {In(L"Expression", {String()}, L"The expression text."),
+           Out(L"Output", Numeric(), L"The value computed.")})
         .make = [] { return std::make_shared<ExpressionOperator>(); };
 
     return std::move(c.operators);

@@ -13,7 +13,7 @@ namespace Velmar::Lattix {
 
 namespace {
 
-const std::wstring expressionPort = L"Expression";
+constexpr const wchar_t* expressionPort = L"Expression";
 
 std::wstring TextOf(const std::shared_ptr<Data>& data) {
     if (!data) return {};

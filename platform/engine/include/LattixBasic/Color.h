@@ -33,6 +33,7 @@ public:
     void FromJson(const Velmar::Lattix::JsonValue& value) override;
     std::shared_ptr<Velmar::Lattix::Data> Clone() const override;
     void Initialize() override;
+    using Velmar::Lattix::Data::Initialize;
 
 private:
     std::shared_ptr<colorRecord> colorData;

@@ -30,6 +30,7 @@ public:
     void FromJson(const JsonValue& value) override;
     std::shared_ptr<Data> Clone() const override;
     void Initialize() override;
+    using Data::Initialize;
 
 private:
     std::shared_ptr<fileDataRecord> fileData;

@@ -28,6 +28,7 @@ public:
     void FromJson(const JsonValue& value) override;
     std::shared_ptr<Data> Clone() const override;
     void Initialize() override;
+    using Data::Initialize;
     bool IsPlainValue() const override { return false; }
 
 private:

@@ -29,7 +29,8 @@ public:
     // Reads a new model from the file that uri names. An empty format name detects the format from
     // the content. A missing, damaged or hostile file raises QuarnLog::Exception naming the file
     // and the place.
-    static std::shared_ptr<Model> Open(const std::wstring& uri, const std::wstring& formatName = {});
+    static std::shared_ptr<Model> Open(const std::wstring& uri,
+                                       const std::wstring& formatName = {});
 
     // The model as wide text (the plain format's XML; an encrypted model is armoured text).
     static std::wstring SaveToBuffer(const std::shared_ptr<Model>& model,

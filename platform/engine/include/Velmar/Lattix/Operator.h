@@ -10,6 +10,8 @@
 #include "Velmar/Lattix/Issue.h"
 #include "Velmar/Lattix/ObjectName.h"
 #include "Velmar/Lattix/OperatorMessage.h"
+#include "Velmar/Lattix/Port.h"
+#include "Velmar/Lattix/PortConnection.h"
 #include "Velmar/Lattix/PortDefinition.h"
 #include "Velmar/Lattix/PortDirection.h"
 

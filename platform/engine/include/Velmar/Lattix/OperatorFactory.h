@@ -63,6 +63,9 @@ public:
     static void SetUserOperatorLoader(UserOperatorLoader loader);
     // Reads the user operator folder now; true when its set of operators changed (callbacks ran).
     static bool Rescan();
+    // Reads the folder once; while the token lives, queries on this thread use that reading
+    // instead of looking again (a model reader making many operators). Release it on this thread.
+    static std::shared_ptr<void> HoldRescan();
 };
 
 }  // namespace Velmar::Lattix

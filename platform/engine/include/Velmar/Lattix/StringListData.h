@@ -32,6 +32,7 @@ public:
     void FromJson(const JsonValue& value) override;
     std::shared_ptr<Data> Clone() const override;
     void Initialize() override;
+    using Data::Initialize;
     bool IsPlainValue() const override { return false; }
 
     // The item syntax shared with ListData: splits a text into items (quotes as above); a quote
