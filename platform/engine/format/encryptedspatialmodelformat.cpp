@@ -53,7 +53,8 @@ std::vector<unsigned char> KeyFromHex(const std::string& text, const std::wstrin
     std::size_t length = 0;
     const char* end = nullptr;
     if (hex.size() != KeySize * 2 ||
-        sodium_hex2bin(key.data(), key.size(), hex.c_str(), hex.size(), nullptr, &length, &end) != 0 ||
+        sodium_hex2bin(key.data(), key.size(), hex.c_str(), hex.size(), nullptr, &length, &end) !=
+            0 ||
         length != KeySize)
         QUARN_THROW(L"The model key in " + origin + L" is not " + std::to_wstring(KeySize * 2) +
                     L" hexadecimal digits.");
@@ -71,8 +72,9 @@ std::vector<unsigned char> ModelKey(bool create) {
     if (fs::exists(fs::path(qtxt::DefaultWideToUTF8(path)), error))
         return KeyFromHex(ReadWholeFile(path), L"\"" + path + L"\"");
     if (!create)
-        QUARN_THROW(L"No key for encrypted models: set LATTIX_MODEL_KEY or provide the key file \"" +
-                    path + L"\".");
+        QUARN_THROW(
+            L"No key for encrypted models: set LATTIX_MODEL_KEY or provide the key file \"" + path +
+            L"\".");
     std::vector<unsigned char> key(KeySize);
     crypto_aead_xchacha20poly1305_ietf_keygen(key.data());
     std::string hex(KeySize * 2 + 1, '\0');
@@ -84,8 +86,8 @@ std::vector<unsigned char> ModelKey(bool create) {
         QUARN_THROW(L"Cannot make the folder of the model key file \"" + path + L"\" (" +
                     qtxt::widen(error.message()) + L").");
     WriteFileAtomically(path, hex);
-    fs::permissions(fs::path(qtxt::DefaultWideToUTF8(path)), fs::perms::owner_read | fs::perms::owner_write,
-                    error);
+    fs::permissions(fs::path(qtxt::DefaultWideToUTF8(path)),
+                    fs::perms::owner_read | fs::perms::owner_write, error);
     return key;
 }
 
@@ -96,9 +98,13 @@ void ForbidPlain(Model& model) {
 
 }  // namespace
 
-std::wstring EncryptedSpatialModelFormat::GetName() const { return L"EncryptedSpatialModelFormat"; }
+std::wstring EncryptedSpatialModelFormat::GetName() const {
+    return L"EncryptedSpatialModelFormat";
+}
 
-std::wstring EncryptedSpatialModelFormat::GetExtension() const { return L".gmdc"; }
+std::wstring EncryptedSpatialModelFormat::GetExtension() const {
+    return L".gmdc";
+}
 
 bool EncryptedSpatialModelFormat::Recognizes(std::string_view bytes) const {
     return bytes.substr(0, Magic.size()) == Magic || bytes.substr(0, Armour.size()) == Armour;
@@ -113,9 +119,10 @@ std::string EncryptedSpatialModelFormat::Write(const Model& model) const {
     bytes[Magic.size()] = Version;
     randombytes_buf(bytes + HeaderSize, NonceSize);
     unsigned long long sealed = 0;
-    crypto_aead_xchacha20poly1305_ietf_encrypt(
-        bytes + HeaderSize + NonceSize, &sealed, reinterpret_cast<const unsigned char*>(plain.data()),
-        plain.size(), bytes, HeaderSize, nullptr, bytes + HeaderSize, key.data());
+    crypto_aead_xchacha20poly1305_ietf_encrypt(bytes + HeaderSize + NonceSize, &sealed,
+                                               reinterpret_cast<const unsigned char*>(plain.data()),
+                                               plain.size(), bytes, HeaderSize, nullptr,
+                                               bytes + HeaderSize, key.data());
     sodium_memzero(key.data(), key.size());
     out.resize(HeaderSize + NonceSize + sealed);
     return out;
@@ -128,7 +135,8 @@ std::shared_ptr<Model> EncryptedSpatialModelFormat::Read(std::string_view bytes,
         return Read(inner, source);
     }
     if (bytes.substr(0, Magic.size()) != Magic)
-        QUARN_THROW(L"Cannot read " + source + L": it is not an encrypted model (no \"LXMC\" header).");
+        QUARN_THROW(L"Cannot read " + source +
+                    L": it is not an encrypted model (no \"LXMC\" header).");
     if (bytes.size() < HeaderSize)
         QUARN_THROW(L"Cannot read " + source + L": the file is cut short in its header.");
     auto version = static_cast<unsigned char>(bytes[Magic.size()]);
@@ -144,12 +152,14 @@ std::shared_ptr<Model> EncryptedSpatialModelFormat::Read(std::string_view bytes,
     std::string plain(bytes.size() - HeaderSize - NonceSize - TagSize, '\0');
     unsigned long long opened = 0;
     int status = crypto_aead_xchacha20poly1305_ietf_decrypt(
-        reinterpret_cast<unsigned char*>(plain.data()), &opened, nullptr, data + HeaderSize + NonceSize,
-        bytes.size() - HeaderSize - NonceSize, data, HeaderSize, data + HeaderSize, key.data());
+        reinterpret_cast<unsigned char*>(plain.data()), &opened, nullptr,
+        data + HeaderSize + NonceSize, bytes.size() - HeaderSize - NonceSize, data, HeaderSize,
+        data + HeaderSize, key.data());
     sodium_memzero(key.data(), key.size());
     if (status != 0)
-        QUARN_THROW(L"Cannot read " + source +
-                    L": it cannot be decrypted (a different key, or the file was altered or damaged).");
+        QUARN_THROW(
+            L"Cannot read " + source +
+            L": it cannot be decrypted (a different key, or the file was altered or damaged).");
     plain.resize(opened);
     auto model = ReadModelXml(plain, source);
     sodium_memzero(plain.data(), plain.size());
@@ -160,8 +170,9 @@ std::shared_ptr<Model> EncryptedSpatialModelFormat::Read(std::string_view bytes,
 std::wstring EncryptedSpatialModelFormat::BytesToText(const std::string& bytes) const {
     StartSodium();
     std::string text(sodium_base64_encoded_len(bytes.size(), sodium_base64_VARIANT_ORIGINAL), '\0');
-    sodium_bin2base64(text.data(), text.size(), reinterpret_cast<const unsigned char*>(bytes.data()),
-                      bytes.size(), sodium_base64_VARIANT_ORIGINAL);
+    sodium_bin2base64(text.data(), text.size(),
+                      reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
+                      sodium_base64_VARIANT_ORIGINAL);
     text.resize(text.size() - 1);
     return qtxt::UTF8toDefaultWide(std::string(Armour) + text);
 }
@@ -170,13 +181,16 @@ std::string EncryptedSpatialModelFormat::TextToBytes(const std::wstring& text) c
     StartSodium();
     auto narrow = qtxt::DefaultWideToUTF8(text);
     if (narrow.compare(0, Armour.size(), Armour) != 0)
-        QUARN_THROW("The text is not an encrypted model (its first line is not \"LATTIX-ENCRYPTED-MODEL\").");
+        QUARN_THROW(
+            "The text is not an encrypted model (its first line is not "
+            "\"LATTIX-ENCRYPTED-MODEL\").");
     std::string_view body(narrow);
     body.remove_prefix(Armour.size());
     std::string bytes(body.size(), '\0');
     std::size_t length = 0;
     if (sodium_base642bin(reinterpret_cast<unsigned char*>(bytes.data()), bytes.size(), body.data(),
-                          body.size(), " \t\r\n", &length, nullptr, sodium_base64_VARIANT_ORIGINAL) != 0)
+                          body.size(), " \t\r\n", &length, nullptr,
+                          sodium_base64_VARIANT_ORIGINAL) != 0)
         QUARN_THROW("The encrypted model text is not valid base64.");
     bytes.resize(length);
     return bytes;

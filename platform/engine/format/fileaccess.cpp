@@ -46,7 +46,8 @@ std::string ReadWholeFile(const std::wstring& path) {
     auto narrowPath = qtxt::DefaultWideToUTF8(path);
     FileDescriptor file(::open(narrowPath.c_str(), O_RDONLY | O_CLOEXEC));
     if (file.Get() < 0)
-        QUARN_THROW(L"Cannot open model file \"" + path + L"\" (" + SystemError("open", errno) + L").");
+        QUARN_THROW(L"Cannot open model file \"" + path + L"\" (" + SystemError("open", errno) +
+                    L").");
     struct stat info {};
     if (::fstat(file.Get(), &info) == 0 && S_ISDIR(info.st_mode))
         QUARN_THROW(L"Cannot open model file \"" + path + L"\": it is a folder.");
@@ -56,7 +57,8 @@ std::string ReadWholeFile(const std::wstring& path) {
         auto got = ::read(file.Get(), buffer, sizeof buffer);
         if (got < 0) {
             if (errno == EINTR) continue;
-            QUARN_THROW(L"Cannot read model file \"" + path + L"\" (" + SystemError("read", errno) + L").");
+            QUARN_THROW(L"Cannot read model file \"" + path + L"\" (" + SystemError("read", errno) +
+                        L").");
         }
         if (got == 0) break;
         bytes.append(buffer, static_cast<std::size_t>(got));
@@ -75,11 +77,13 @@ void WriteFileAtomically(const std::wstring& path, std::string_view bytes) {
 
     auto fail = [&](const char* call, int error) {
         ::unlink(temporary.c_str());
-        QUARN_THROW(L"Cannot save model file \"" + path + L"\" (" + SystemError(call, error) + L").");
+        QUARN_THROW(L"Cannot save model file \"" + path + L"\" (" + SystemError(call, error) +
+                    L").");
     };
     FileDescriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (file.Get() < 0)
-        QUARN_THROW(L"Cannot save model file \"" + path + L"\" (" + SystemError("open", errno) + L").");
+        QUARN_THROW(L"Cannot save model file \"" + path + L"\" (" + SystemError("open", errno) +
+                    L").");
     // A file saved over keeps its permissions.
     struct stat existing {};
     if (::stat(target.c_str(), &existing) == 0) ::fchmod(file.Get(), existing.st_mode & 07777);

@@ -80,8 +80,9 @@ std::wstring ModelFormatFactory::PathFromUri(const std::wstring& uri) {
     if (Lower(uri.substr(0, scheme.size())) != scheme) {
         auto colon = uri.find(L"://");
         if (colon != std::wstring::npos && colon > 1 &&
-            std::all_of(uri.begin(), uri.begin() + static_cast<std::ptrdiff_t>(colon),
-                        [](wchar_t c) { return std::iswalnum(c) || c == L'+' || c == L'-' || c == L'.'; }))
+            std::all_of(
+                uri.begin(), uri.begin() + static_cast<std::ptrdiff_t>(colon),
+                [](wchar_t c) { return std::iswalnum(c) || c == L'+' || c == L'-' || c == L'.'; }))
             QUARN_THROW(L"Model URI \"" + uri + L"\" is not a file path or a file:// URI.");
         return uri;
     }
@@ -120,7 +121,8 @@ void ModelFormatFactory::Save(const std::shared_ptr<Model>& model, const std::ws
     format::WriteFileAtomically(path, format->Write(*model));
 }
 
-std::shared_ptr<Model> ModelFormatFactory::Open(const std::wstring& uri, const std::wstring& formatName) {
+std::shared_ptr<Model> ModelFormatFactory::Open(const std::wstring& uri,
+                                                const std::wstring& formatName) {
     InstallUserOperatorLoader();
     auto path = PathFromUri(uri);
     auto bytes = format::ReadWholeFile(path);

@@ -28,9 +28,13 @@ namespace Velmar::Lattix::format {
 
 namespace {
 
-std::wstring W(const char* text) { return qtxt::UTF8toDefaultWide(text); }
+std::wstring W(const char* text) {
+    return qtxt::UTF8toDefaultWide(text);
+}
 
-bool Is(const pugi::xml_node& node, const char* name) { return std::strcmp(node.name(), name) == 0; }
+bool Is(const pugi::xml_node& node, const char* name) {
+    return std::strcmp(node.name(), name) == 0;
+}
 
 // A value text quoted in a message, cut short when long.
 std::wstring Excerpt(const std::wstring& text) {
@@ -46,8 +50,10 @@ int JsonDepth(std::string_view text) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         char c = text[i];
         if (inString) {
-            if (c == '\\') ++i;
-            else if (c == '"') inString = false;
+            if (c == '\\')
+                ++i;
+            else if (c == '"')
+                inString = false;
         } else if (c == '"') {
             inString = true;
         } else if (c == '[' || c == '{') {
@@ -64,12 +70,14 @@ public:
     Reader(std::string_view bytes, std::wstring source) : bytes(bytes), source(std::move(source)) {}
 
     std::shared_ptr<Model> Read() {
+        auto hold = OperatorFactory::HoldRescan();
         pugi::xml_document document;
         auto result = document.load_buffer(bytes.data(), bytes.size(), pugi::parse_default,
                                            pugi::encoding_utf8);
         if (!result) {
             if (result.status == pugi::status_no_document_element)
-                FailAt(result.offset, {}, L"it holds no XML element (the file is empty or cut short).");
+                FailAt(result.offset, {},
+                       L"it holds no XML element (the file is empty or cut short).");
             FailAt(result.offset, {},
                    L"the XML is malformed or cut short (" + W(result.description()) + L").");
         }
@@ -113,14 +121,20 @@ private:
             auto before = bytes.substr(0, static_cast<std::size_t>(offset));
             auto line = std::count(before.begin(), before.end(), '\n') + 1;
             auto lineStart = before.rfind('\n');
-            auto column = offset - (lineStart == std::string_view::npos ? 0 : static_cast<std::ptrdiff_t>(lineStart) + 1) + 1;
+            auto column =
+                offset -
+                (lineStart == std::string_view::npos ? 0
+                                                     : static_cast<std::ptrdiff_t>(lineStart) + 1) +
+                1;
             where = L", line " + std::to_wstring(line) + L", column " + std::to_wstring(column);
         }
         std::wstring path;
         for (auto n = node; n && n.type() == pugi::node_element; n = n.parent()) {
             std::wstring step = W(n.name());
-            if (auto id = n.attribute(xml::Id)) step += L"[id=" + W(id.value()) + L"]";
-            else if (auto name = n.attribute(xml::Name)) step += L"[name=" + W(name.value()) + L"]";
+            if (auto id = n.attribute(xml::Id))
+                step += L"[id=" + W(id.value()) + L"]";
+            else if (auto name = n.attribute(xml::Name))
+                step += L"[name=" + W(name.value()) + L"]";
             path = path.empty() ? step : step + L"/" + path;
         }
         if (!path.empty()) where += L" (" + path + L")";
@@ -192,7 +206,8 @@ private:
         auto typeName = W(typeAttribute.value());
         ObjectName type;
         if (!ObjectName::TryParse(typeName, type))
-            Fail(node, L"the data type name " + Excerpt(typeName) + L" is not of the form Namespace.Name.");
+            Fail(node, L"the data type name " + Excerpt(typeName) +
+                           L" is not of the form Namespace.Name.");
         auto data = DataFactory::TryCreate(type);
         if (!data) Fail(node, L"unknown data type \"" + typeName + L"\".");
         std::string_view text = node.child_value();
@@ -202,8 +217,8 @@ private:
         try {
             data->FromJson(JsonValue::FromText(std::string(text)));
         } catch (const std::exception& error) {
-            Fail(node, L"bad value text " + Excerpt(W(std::string(text).c_str())) + L" for type \"" +
-                           typeName + L"\": " + W(error.what()));
+            Fail(node, L"bad value text " + Excerpt(W(std::string(text).c_str())) +
+                           L" for type \"" + typeName + L"\": " + W(error.what()));
         }
         return data;
     }
@@ -266,7 +281,8 @@ private:
                 op->SetSyntaxForms(Texts(child, xml::Form));
             } else if (Is(child, xml::PortElement)) {
                 auto port = ReadPort(child, *op);
-                if (model && port) modelPortTypes.emplace_back(port, port->GetDeclaredSupportedTypes());
+                if (model && port)
+                    modelPortTypes.emplace_back(port, port->GetDeclaredSupportedTypes());
             } else if (Is(child, xml::PortOrder)) {
                 portOrder = child;
             } else if (Is(child, xml::Attribute)) {
@@ -281,7 +297,8 @@ private:
             } else if (model && (Is(child, xml::OperatorElement) || Is(child, xml::ModelElement))) {
                 int id = Reference(child, xml::Id);
                 if (id == 0) Fail(child, L"operator id 0 stands for the model itself.");
-                if (ids.count(id)) Fail(child, L"duplicate operator id " + std::to_wstring(id) + L".");
+                if (ids.count(id))
+                    Fail(child, L"duplicate operator id " + std::to_wstring(id) + L".");
                 auto inner = ReadOperator(child, depth + 1);
                 Guard(child, [&] { model->AddOperator(inner); });
                 ids[id] = inner;
@@ -289,7 +306,8 @@ private:
                 if (links) Fail(child, L"a model has one <Links> element.");
                 links = child;
             } else {
-                Fail(child, L"unexpected element <" + W(child.name()) + L"> in <" + W(node.name()) + L">.");
+                Fail(child, L"unexpected element <" + W(child.name()) + L"> in <" + W(node.name()) +
+                                L">.");
             }
         }
         if (portOrder) ApplyPortOrder(portOrder, *op);
@@ -330,8 +348,8 @@ private:
             if (!port) Guard(node, [&] { port = op.AddPort(name, direction); });
         }
         if (!port)
-            Fail(node, L"operator \"" + op.GetObjectName().GetFullName() + L"\" has no port \"" + name +
-                           L"\" of its own and the file gives no direction for it.");
+            Fail(node, L"operator \"" + op.GetObjectName().GetFullName() + L"\" has no port \"" +
+                           name + L"\" of its own and the file gives no direction for it.");
 
         if (auto a = node.attribute(xml::DisplayName)) port->SetDisplayName(W(a.value()));
         if (node.attribute(xml::Optional)) port->SetOptional(Flag(node, xml::Optional));
@@ -368,7 +386,8 @@ private:
                 auto typeName = Required(child, xml::DataType);
                 ObjectName type;
                 if (!ObjectName::TryParse(typeName, type))
-                    Fail(child, L"the data type name " + Excerpt(typeName) + L" is not of the form Namespace.Name.");
+                    Fail(child, L"the data type name " + Excerpt(typeName) +
+                                    L" is not of the form Namespace.Name.");
                 auto attributeName = Required(child, xml::Name);
                 if (Flag(child, xml::Removed))
                     port->RemoveDataTypeAttribute(type, attributeName);
@@ -392,7 +411,9 @@ private:
         std::vector<std::shared_ptr<Port>> ordered;
         for (const auto& name : names) {
             auto port = op.GetPort(name);
-            if (!port) Fail(node, L"the port order names \"" + name + L"\", which the operator does not have.");
+            if (!port)
+                Fail(node,
+                     L"the port order names \"" + name + L"\", which the operator does not have.");
             ordered.push_back(port);
         }
         for (const auto& port : ordered) {
@@ -415,14 +436,17 @@ private:
         auto name = Required(node, attribute);
         auto port = op->GetPort(name);
         if (!port)
-            Fail(node, L"operator \"" + op->GetDisplayName() + L"\" has no port \"" + name + L"\".");
+            Fail(node,
+                 L"operator \"" + op->GetDisplayName() + L"\" has no port \"" + name + L"\".");
         return port;
     }
 
     std::shared_ptr<LattixBasic::ConditionalProcess> OwnerOf(
         const pugi::xml_node& node, const std::map<int, std::shared_ptr<Operator>>& ids) const {
-        auto owner = std::dynamic_pointer_cast<LattixBasic::ConditionalProcess>(Lookup(node, xml::Owner, ids));
-        if (!owner) Fail(node, L"the owner of a body, test or branch must be a conditional operator.");
+        auto owner = std::dynamic_pointer_cast<LattixBasic::ConditionalProcess>(
+            Lookup(node, xml::Owner, ids));
+        if (!owner)
+            Fail(node, L"the owner of a body, test or branch must be a conditional operator.");
         return owner;
     }
 
@@ -464,7 +488,8 @@ private:
         }
         for (const auto& node : children(xml::Alias)) {
             auto inner = Lookup(node, xml::OperatorRef, ids);
-            if (inner.get() == &model) Fail(node, L"a model port cannot alias a port of the model itself.");
+            if (inner.get() == &model)
+                Fail(node, L"a model port cannot alias a port of the model itself.");
             auto innerPort = PortOf(node, xml::PortRef, inner);
             auto name = Required(node, xml::ModelPort);
             Guard(node, [&] { model.AliasPort(innerPort, name); });

@@ -26,7 +26,9 @@ namespace Velmar::Lattix::format {
 
 namespace {
 
-std::string U8(const std::wstring& text) { return qtxt::DefaultWideToUTF8(text); }
+std::string U8(const std::wstring& text) {
+    return qtxt::DefaultWideToUTF8(text);
+}
 
 bool SameData(const std::shared_ptr<Data>& a, const std::shared_ptr<Data>& b) {
     if (!a || !b) return !a && !b;
@@ -60,7 +62,8 @@ void WriteFlag(pugi::xml_node node, const char* name, bool value) {
 
 // Writes the entries of `own` that differ from `reference`, then marks the entries `reference` has
 // and `own` lacks as removed. Both maps are ordered, so the output is too.
-void WriteAttributeChanges(pugi::xml_node parent, const std::map<std::wstring, std::shared_ptr<Data>>& own,
+void WriteAttributeChanges(pugi::xml_node parent,
+                           const std::map<std::wstring, std::shared_ptr<Data>>& own,
                            const std::map<std::wstring, std::shared_ptr<Data>>& reference,
                            const char* elementName, const std::wstring& dataType = {}) {
     auto start = [&](const std::wstring& name) {
@@ -78,7 +81,9 @@ void WriteAttributeChanges(pugi::xml_node parent, const std::map<std::wstring, s
         if (!own.count(name)) WriteFlag(start(name), xml::Removed, true);
 }
 
-bool IsPlainModel(const Operator& op) { return typeid(op) == typeid(Model); }
+bool IsPlainModel(const Operator& op) {
+    return typeid(op) == typeid(Model);
+}
 
 // The attributes a port shows in its map but keeps in dedicated fields.
 bool IsDerivedPortAttribute(const std::wstring& name) {
@@ -115,7 +120,8 @@ public:
         const auto* model = dynamic_cast<const Model*>(&op);
         if (model) {
             if (!model->GetProcessName().empty())
-                node.append_attribute(xml::ProcessName).set_value(U8(model->GetProcessName()).c_str());
+                node.append_attribute(xml::ProcessName)
+                    .set_value(U8(model->GetProcessName()).c_str());
             if (model->IsReadonly()) WriteFlag(node, xml::Readonly, true);
             if (model->IsLocked()) WriteFlag(node, xml::Locked, true);
             if (!model->CanSaveInPlainFormat()) WriteFlag(node, xml::PlainFormatForbidden, true);
@@ -149,9 +155,10 @@ private:
             else
                 slot = OperatorFactory::TryCreate(op.GetObjectName());
             if (!slot) {
-                QuarnLog::Write(QuarnLog::Level::Warning, __PRETTY_FUNCTION__, __FILE__,
-                                L"Operator type \"" + op.GetObjectName().GetFullName() +
-                                    L"\" is not registered: the saved model can be read only where it is.");
+                QuarnLog::Write(
+                    QuarnLog::Level::Warning, __PRETTY_FUNCTION__, __FILE__,
+                    L"Operator type \"" + op.GetObjectName().GetFullName() +
+                        L"\" is not registered: the saved model can be read only where it is.");
                 slot = std::make_shared<Operator>(op.GetOperatorNamespace(), op.GetOperatorName());
             }
         }
@@ -191,7 +198,8 @@ private:
         const Port& ref = *refPort;
         if (port.GetDisplayName() != ref.GetDisplayName())
             node.append_attribute(xml::DisplayName).set_value(U8(port.GetDisplayName()).c_str());
-        if (port.IsOptional() != ref.IsOptional()) WriteFlag(node, xml::Optional, port.IsOptional());
+        if (port.IsOptional() != ref.IsOptional())
+            WriteFlag(node, xml::Optional, port.IsOptional());
         if (port.IsHidden() != ref.IsHidden()) WriteFlag(node, xml::Hidden, port.IsHidden());
         if (port.IsPrivate() != ref.IsPrivate()) WriteFlag(node, xml::Private, port.IsPrivate());
         if (port.IsNative() != ref.IsNative()) WriteFlag(node, xml::Native, port.IsNative());
@@ -209,7 +217,8 @@ private:
             WriteData(node.append_child(xml::Default), port.GetDefaultData());
         if (!SameData(port.GetData(), ref.GetData()))
             WriteData(node.append_child(xml::Value), port.GetData());
-        WriteAttributeChanges(node, OwnPortAttributes(port), OwnPortAttributes(ref), xml::Attribute);
+        WriteAttributeChanges(node, OwnPortAttributes(port), OwnPortAttributes(ref),
+                              xml::Attribute);
 
         auto own = port.GetDataTypeAttributeMapMap();
         auto theirs = ref.GetDataTypeAttributeMapMap();
@@ -266,12 +275,14 @@ private:
                     int parentId = idOf(parent);
                     if (parentId < 0 || !parentPort) {
                         // A model's own inputs fed from outside belong to the model above.
-                        if (childId != 0) dropped(L"a data link of \"" + child.GetDisplayName() + L"\"");
+                        if (childId != 0)
+                            dropped(L"a data link of \"" + child.GetDisplayName() + L"\"");
                         continue;
                     }
                     auto link = links.append_child(xml::Connection);
                     link.append_attribute(xml::From).set_value(parentId);
-                    link.append_attribute(xml::FromPort).set_value(U8(parentPort->GetName()).c_str());
+                    link.append_attribute(xml::FromPort)
+                        .set_value(U8(parentPort->GetName()).c_str());
                     link.append_attribute(xml::To).set_value(childId);
                     link.append_attribute(xml::ToPort).set_value(U8(port->GetName()).c_str());
                 }
@@ -313,13 +324,13 @@ private:
             if (auto test = conditional->GetTestOperator()) {
                 auto link = hang(xml::Test, test);
                 if (link && conditional->GetTestPort())
-                    link.append_attribute(xml::PortRef).set_value(U8(conditional->GetTestPort()->GetName()).c_str());
+                    link.append_attribute(xml::PortRef)
+                        .set_value(U8(conditional->GetTestPort()->GetName()).c_str());
             }
             if (auto ifProcess = std::dynamic_pointer_cast<LattixBasic::IfProcess>(op)) {
                 for (bool branch : {true, false})
                     for (const auto& tail : ifProcess->GetIfTails(branch))
-                        if (auto link = hang(xml::Tail, tail))
-                            WriteFlag(link, xml::Branch, branch);
+                        if (auto link = hang(xml::Tail, tail)) WriteFlag(link, xml::Branch, branch);
             }
         }
         if (!links.first_child()) node.remove_child(links);
@@ -341,6 +352,7 @@ std::string WriteModelXml(const Model& model) {
     pugi::xml_document document;
     auto root = document.append_child(xml::Root);
     root.append_attribute(xml::FormatVersion).set_value(ModelXmlVersion);
+    auto hold = OperatorFactory::HoldRescan();
     Writer writer;
     writer.WriteOperator(root, model, 0);
     StringSink sink;

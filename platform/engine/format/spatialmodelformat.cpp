@@ -18,9 +18,13 @@ std::string ModelFormat::TextToBytes(const std::wstring& text) const {
 
 namespace format {
 
-std::wstring SpatialModelFormat::GetName() const { return L"SpatialModelFormat"; }
+std::wstring SpatialModelFormat::GetName() const {
+    return L"SpatialModelFormat";
+}
 
-std::wstring SpatialModelFormat::GetExtension() const { return L".gmdx"; }
+std::wstring SpatialModelFormat::GetExtension() const {
+    return L".gmdx";
+}
 
 bool SpatialModelFormat::Recognizes(std::string_view bytes) const {
     if (bytes.substr(0, 3) == "\xEF\xBB\xBF") bytes.remove_prefix(3);
@@ -28,7 +32,9 @@ bool SpatialModelFormat::Recognizes(std::string_view bytes) const {
     return start != std::string_view::npos && bytes[start] == '<';
 }
 
-std::string SpatialModelFormat::Write(const Model& model) const { return WriteModelXml(model); }
+std::string SpatialModelFormat::Write(const Model& model) const {
+    return WriteModelXml(model);
+}
 
 std::shared_ptr<Model> SpatialModelFormat::Read(std::string_view bytes,
                                                 const std::wstring& source) const {

@@ -25,7 +25,8 @@ public:
     virtual std::string Write(const Model& model) const = 0;
     // A new model read from bytes; source names the file (or the text) in error messages. A
     // damaged or hostile input raises QuarnLog::Exception naming source and the place.
-    virtual std::shared_ptr<Model> Read(std::string_view bytes, const std::wstring& source) const = 0;
+    virtual std::shared_ptr<Model> Read(std::string_view bytes,
+                                        const std::wstring& source) const = 0;
 
     // Bytes as wide text for SaveToBuffer, and back for OpenFromBuffer. The default carries UTF-8
     // text over unchanged; binary formats armour their bytes.
