@@ -7,6 +7,7 @@
 #include <unordered_set>
 
 #include "QuarnLog/Exception.h"
+#include "ZML/Script.h"
 #include "canvas/flowgraphdata.h"
 #include "canvas/flowgraphlayout.h"
 #include "qtxt/Text.h"
@@ -31,6 +32,14 @@ FlowGraphPart::Token Subscribe(Signal& signal, Callback callback) {
     return std::make_shared<boost::signals2::scoped_connection>(
         signal.connect(std::move(callback)));
 }
+
+// Dialog scripts declare canvases as `flowgraph "name" { ... }`.
+const bool registeredWithScripts = [] {
+    RegisterPartKind("flowgraph", [](const std::string& name) -> std::shared_ptr<Part> {
+        return std::make_shared<FlowGraphPart>(name);
+    });
+    return true;
+}();
 
 constexpr int kLayoutMargin = 20;
 constexpr int kZoomMargin = 20;

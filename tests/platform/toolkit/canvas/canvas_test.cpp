@@ -5,7 +5,9 @@
 #include <random>
 #include <set>
 
+#include "ZML/Frame.h"
 #include "ZML/Icon.h"
+#include "ZML/Script.h"
 #include "canvastestkit.h"
 
 using namespace canvastest;
@@ -342,4 +344,16 @@ TEST(CanvasModel, IconsByNameOrObjectAndTheRoomTheyTake) {
     node->SetIcon(L"");
     EXPECT_FALSE(node->GetIconObject());
     EXPECT_EQ(node->GetBounds().width, plain);
+}
+
+TEST(CanvasModel, DialogScriptsDeclareCanvases) {
+    const auto document = ZML::ParseScript(
+        "frame \"editor\" {\n  flowgraph \"graph\" { geometry 0 0 640 480; info \"Model\"; }\n}\n",
+        "editor.zml");
+    auto frame = std::make_shared<ZML::Frame>("editor");
+    ZML::BuildFrame(*frame, document.declarations.at(0), "editor.zml");
+    auto canvas = frame->Find<FlowGraphPart>("graph");
+    EXPECT_EQ(canvas->Kind(), "flowgraph");
+    EXPECT_EQ(canvas->Geometry().width, 640);
+    EXPECT_EQ(canvas->Info(), L"Model");
 }
