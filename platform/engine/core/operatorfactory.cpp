@@ -470,7 +470,12 @@ void OperatorFactory::SetUserOperatorFolder(const std::wstring& folder) {
         registry.folderOverride = folder;
         registry.scanned = false;
     }
-    Rescan();
+}
+
+OperatorFactory::UserOperatorLoader OperatorFactory::GetUserOperatorLoader() {
+    auto& registry = Registry();
+    std::lock_guard guard(registry.lock);
+    return registry.loader;
 }
 
 void OperatorFactory::SetUserOperatorLoader(UserOperatorLoader loader) {
@@ -480,7 +485,6 @@ void OperatorFactory::SetUserOperatorLoader(UserOperatorLoader loader) {
         registry.loader = std::move(loader);
         registry.scanned = false;
     }
-    Rescan();
 }
 
 }  // namespace Velmar::Lattix

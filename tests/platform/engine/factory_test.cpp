@@ -135,6 +135,7 @@ protected:
         folder = fs::path(LATTIX_BINARY_DIR) / "test-home" / "user-operators-test";
         fs::remove_all(folder);
         fs::create_directories(folder);
+        previousLoader = OperatorFactory::GetUserOperatorLoader();
         OperatorFactory::SetUserOperatorLoader([](const std::wstring& path) {
             std::ifstream in(qtxt::narrow(path));
             std::string display;
@@ -148,7 +149,7 @@ protected:
         OperatorFactory::SetUserOperatorFolder(qtxt::widen(folder.string()));
     }
     void TearDown() override {
-        OperatorFactory::SetUserOperatorLoader(nullptr);
+        OperatorFactory::SetUserOperatorLoader(previousLoader);
         OperatorFactory::SetUserOperatorFolder(L"");
         fs::remove_all(folder);
     }
@@ -156,6 +157,7 @@ protected:
         std::ofstream(folder / name) << content << "\n";
     }
     fs::path folder;
+    OperatorFactory::UserOperatorLoader previousLoader;
 };
 
 TEST_F(UserOperatorTest, FolderChangesFireCallbacksAndListOperatorsWithUri) {

@@ -58,9 +58,12 @@ public:
     static bool Unregister(const ObjectName& name);
 
     // The user operator folder; SetUserOperatorFolder overrides it (empty: back to the default).
+    // Both setters only mark the folder for reading again at the next query, so that a loader may
+    // be installed while libraries are still being loaded.
     static std::wstring GetUserOperatorFolder();
     static void SetUserOperatorFolder(const std::wstring& folder);
     static void SetUserOperatorLoader(UserOperatorLoader loader);
+    static UserOperatorLoader GetUserOperatorLoader();
     // Reads the user operator folder now; true when its set of operators changed (callbacks ran).
     static bool Rescan();
     // Reads the folder once; while the token lives, queries on this thread use that reading
