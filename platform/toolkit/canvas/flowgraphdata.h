@@ -178,6 +178,8 @@ struct flowGraphPartData : std::enable_shared_from_this<flowGraphPartData> {
         connectionsByPair;
     std::map<std::uint64_t, NodePtr> selection;
     std::weak_ptr<FlowGraphConnectionPointEx> clickedPoint;
+    // Nodes moved by the drag in progress, by node order.
+    std::map<std::uint64_t, std::weak_ptr<FlowGraphNodeEx>> dragged;
 
     FlowGraphDisplayInfo display;
     int viewWidth = 800;

@@ -103,6 +103,7 @@ void FlowGraphPart::RemoveAllNodes() {
     data.connectionsByPair.clear();
     data.selection.clear();
     data.clickedPoint.reset();
+    data.dragged.clear();
     for (const auto& [order, connection] : connections) {
         flowGraphPartData::Forget(connection);
     }
@@ -551,6 +552,35 @@ bool FlowGraphPart::UserMoveNodes(const std::vector<std::shared_ptr<FlowGraphNod
         data.userNodeChanged(node);
     }
     return true;
+}
+
+bool FlowGraphPart::UserDragNodes(const std::vector<std::shared_ptr<FlowGraphNodeEx>>& nodes,
+                                  int dx, int dy) {
+    auto& data = *flowGraphData;
+    if (data.readonly) {
+        return false;
+    }
+    std::unordered_set<const FlowGraphNodeEx*> seen;
+    for (const auto& node : nodes) {
+        if (data.Contains(node) && seen.insert(node.get()).second) {
+            const auto at = node->GetLocation();
+            node->SetLocation(at.x + dx, at.y + dy);
+            data.dragged.emplace(FlowGraphAccess::Node(*node).order, node);
+        }
+    }
+    return true;
+}
+
+void FlowGraphPart::UserFinishDrag() {
+    auto& data = *flowGraphData;
+    const auto dragged = std::move(data.dragged);
+    data.dragged.clear();
+    for (const auto& [order, weak] : dragged) {
+        auto node = weak.lock();
+        if (data.Contains(node)) {
+            data.userNodeChanged(node);
+        }
+    }
 }
 
 bool FlowGraphPart::UserMoveSelection(int dx, int dy) {

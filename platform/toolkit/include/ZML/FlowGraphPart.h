@@ -157,6 +157,12 @@ public:
     bool UserMoveNodes(const std::vector<std::shared_ptr<FlowGraphNodeEx>>& nodes, int dx, int dy);
     // The user moved the selected nodes.
     bool UserMoveSelection(int dx, int dy);
+    // One step of a drag in progress: moves `nodes` by (dx, dy) for the observers only, and
+    // remembers them. UserFinishDrag then reports each node moved since the drag began to
+    // OnNodeChanged once, so that the host records one change per drag, not per mouse step.
+    // False when read-only.
+    bool UserDragNodes(const std::vector<std::shared_ptr<FlowGraphNodeEx>>& nodes, int dx, int dy);
+    void UserFinishDrag();
     // The user pressed on a connection point: it becomes the clicked point (null clears it).
     void UserClickPoint(const std::shared_ptr<FlowGraphConnectionPointEx>& point);
     // The user clicked `node` (null: empty canvas). Without `extend` the selection becomes that

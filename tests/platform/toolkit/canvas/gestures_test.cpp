@@ -199,6 +199,28 @@ TEST(CanvasGestures, MovingNodesReachesTheHost) {
     EXPECT_EQ(h.changed.size(), 2u);
 }
 
+TEST(CanvasGestures, ADragReachesTheHostOnceWhenItEnds) {
+    Host h;
+    int geometryNotices = 0;
+    auto watch = h.canvas->OnChange([&](const ZML::FlowGraphChange& change) {
+        geometryNotices += change.kind == ZML::FlowGraphChange::Kind::NodeChanged &&
+                           (change.aspects & ZML::FlowGraphChange::Geometry);
+    });
+    for (int step = 0; step < 5; ++step) {
+        ASSERT_TRUE(h.canvas->UserDragNodes({h.a, h.b}, 2, 1));
+    }
+    EXPECT_EQ(geometryNotices, 10) << "the view follows every step";
+    EXPECT_TRUE(h.changed.empty()) << "the host waits for the drop";
+    h.b->Remove();
+    h.canvas->UserFinishDrag();
+    EXPECT_EQ(h.changed, (std::vector<std::shared_ptr<FlowGraphNodeEx>>{h.a}));
+    EXPECT_EQ(h.a->GetLocation(), (ZML::FlowGraphLocation{10, 5}));
+    h.canvas->UserFinishDrag();
+    EXPECT_EQ(h.changed.size(), 1u) << "a finished drag is not reported twice";
+    h.canvas->SetReadonly(true);
+    EXPECT_FALSE(h.canvas->UserDragNodes({h.a}, 1, 1));
+}
+
 TEST(CanvasGestures, ProgrammaticChangesDoNotReachTheHost) {
     Host h;
     auto connection = Connect(*h.canvas, Out(h.a), In(h.b));
