@@ -59,7 +59,13 @@ std::string ReadBytes(const std::wstring& path) {
 }
 
 void BM_BuildModel(benchmark::State& state) {
-    for (auto _ : state) benchmark::DoNotOptimize(BuildModel(static_cast<int>(state.range(0))));
+    for (auto _ : state) {
+        auto model = BuildModel(static_cast<int>(state.range(0)));
+        benchmark::DoNotOptimize(model);
+        state.PauseTiming();
+        model.reset();
+        state.ResumeTiming();
+    }
 }
 
 void BM_SaveModelFile(benchmark::State& state) {
@@ -72,7 +78,14 @@ void BM_SaveModelFile(benchmark::State& state) {
 void BM_OpenModelFile(benchmark::State& state) {
     auto path = FileFor(static_cast<int>(state.range(0)));
     ModelFormatFactory::Save(BuildModel(static_cast<int>(state.range(0))), path);
-    for (auto _ : state) benchmark::DoNotOptimize(ModelFormatFactory::Open(path));
+    for (auto _ : state) {
+        auto model = ModelFormatFactory::Open(path);
+        benchmark::DoNotOptimize(model);
+        // Freeing the model is not part of opening it.
+        state.PauseTiming();
+        model.reset();
+        state.ResumeTiming();
+    }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * ReadBytes(path).size());
 }
 
