@@ -214,7 +214,6 @@ void FlowGraphNodeEx::AddConnectionPointAt(
     pointRecord.node = self;
     nodeData->points.insert(nodeData->points.begin() + static_cast<std::ptrdiff_t>(index), point);
     if (auto canvas = nodeData->canvas.lock()) {
-        point->PreDraw();
         canvas->NotifyNode(shared_from_this(), FlowGraphChange::Points | FlowGraphChange::Geometry,
                            point);
     }

@@ -77,10 +77,6 @@ void FlowGraphPart::AddNode(const std::shared_ptr<FlowGraphNodeEx>& node) {
         QUARN_THROW("The node \"" + qtxt::narrow(record.caption) +
                     "\" is already on a canvas and cannot be added again.");
     }
-    // Before the node is on the canvas, so that what PreDraw changes is part of the addition.
-    for (const auto& point : record.points) {
-        point->PreDraw();
-    }
     auto& data = *flowGraphData;
     record.order = data.nodes.Append(node);
     record.canvas = flowGraphData;

@@ -20,9 +20,9 @@ public:
     FlowGraphConnectionPointEx(const FlowGraphConnectionPointEx&) = delete;
     FlowGraphConnectionPointEx& operator=(const FlowGraphConnectionPointEx&) = delete;
 
-    // Called by the canvas when the point is put on a canvas (with its node, or added to a node
-    // already there) and by views just before they draw it. The default gives a point without a
-    // tool tip its caption as tool tip; override it to refresh what the point shows.
+    // Called by views just before they draw the point (the headless canvas draws nothing and
+    // never calls it). The default gives a point without a tool tip its caption as tool tip;
+    // override it to refresh what the point shows.
     virtual void PreDraw();
 
     // Asked on the receiving (input) point of a connection gesture, with the proposed far end;

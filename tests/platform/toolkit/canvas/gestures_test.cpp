@@ -141,6 +141,31 @@ TEST(CanvasGestures, DefaultCanConnectAcceptsOppositeDirectionOnAnotherNode) {
     }
 }
 
+TEST(CanvasGestures, DefaultPreDrawFallsBackToTheCaptionAsToolTip) {
+    class Quiet : public ZML::FlowGraphConnectionPointEx {
+    public:
+        void PreDraw() override {}
+    };
+    struct Case {
+        const char* name;
+        std::shared_ptr<ZML::FlowGraphConnectionPointEx> point;
+        std::wstring tooltip;
+        std::wstring expected;
+    };
+    const std::vector<Case> cases{
+        {"no tool tip", MakePoint(true, L"Body"), L"", L"Body"},
+        {"own tool tip", MakePoint(true, L"Next"), L"The next step", L"The next step"},
+        {"override doing nothing", std::make_shared<Quiet>(), L"", L""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        c.point->SetCaption(c.point->GetCaption().empty() ? L"Quiet" : c.point->GetCaption());
+        c.point->SetTooltip(c.tooltip);
+        c.point->PreDraw();
+        EXPECT_EQ(c.point->GetTooltip(), c.expected);
+    }
+}
+
 TEST(CanvasGestures, RemovingAConnectionReachesTheHost) {
     Host h;
     auto connection = Connect(*h.canvas, Out(h.a), In(h.b));
