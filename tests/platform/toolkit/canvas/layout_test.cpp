@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <thread>
 
 #include "canvastestkit.h"
 
@@ -109,4 +110,33 @@ TEST(CanvasLayout, ReadOnlyCanvasLaysOutWithoutTellingTheHostAndEmptyCanvasIsFin
     canvas.Layout();
     EXPECT_EQ(reported, 0);
     EXPECT_GT(chain[4]->GetLocation().x, chain[0]->GetLocation().x);
+}
+
+TEST(CanvasLayout, CanvasesOnSeveralThreadsAreLaidOutOneAtATime) {
+    auto positions = [](int orientation) {
+        FlowGraphPart canvas;
+        const auto chain = Chain(canvas, orientation);
+        canvas.Layout();
+        std::vector<ZML::FlowGraphLocation> result;
+        for (const auto& node : chain) {
+            result.push_back(node->GetLocation());
+        }
+        return result;
+    };
+    const auto expected = positions(FlowGraphNodeEx::TopToBottom);
+    std::vector<std::vector<ZML::FlowGraphLocation>> results(4);
+    std::vector<std::thread> threads;
+    for (auto& result : results) {
+        threads.emplace_back([&result, &positions] {
+            for (int i = 0; i < 5; ++i) {
+                result = positions(FlowGraphNodeEx::TopToBottom);
+            }
+        });
+    }
+    for (auto& thread : threads) {
+        thread.join();
+    }
+    for (const auto& result : results) {
+        EXPECT_EQ(result, expected);
+    }
 }
