@@ -183,6 +183,8 @@ QRectF NodeItem::boundingRect() const {
 void NodeItem::paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget*) {
     const bool detailed =
         option->levelOfDetailFromTransform(painter->worldTransform()) >= kDetailScale;
+    // Small drawings need no smoothing; the view does not restore the painter between items.
+    painter->setRenderHint(QPainter::Antialiasing, detailed);
     if (textOnly) {
         PaintText(painter, detailed);
     } else {
@@ -240,10 +242,13 @@ void NodeItem::PaintBox(QPainter* painter, bool detailed) {
                           ::Qt::AlignLeft | ::Qt::AlignVCenter, caption);
     }
     for (const auto& point : points) {
+        if (!detailed) {
+            break;
+        }
         painter->setPen(QPen(outline, 0.75));
         painter->setBrush(point.color);
         painter->drawEllipse(point.at, kPointRadius, kPointRadius);
-        if (!detailed || point.caption.isEmpty()) {
+        if (point.caption.isEmpty()) {
             continue;
         }
         painter->setFont(PointFont(point.italics));
@@ -337,10 +342,16 @@ QPainterPath ConnectionItem::shape() const {
     return stroker.createStroke(path);
 }
 
-void ConnectionItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget*) {
+void ConnectionItem::paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget*) {
+    const bool detailed =
+        option->levelOfDetailFromTransform(painter->worldTransform()) >= kDetailScale;
+    painter->setRenderHint(QPainter::Antialiasing, detailed);
     painter->setPen(QPen(color, 1.5));
     painter->setBrush(::Qt::NoBrush);
     painter->drawPath(path);
+    if (!detailed) {
+        return;
+    }
     painter->setPen(::Qt::NoPen);
     painter->setBrush(color);
     painter->drawPolygon(arrow);

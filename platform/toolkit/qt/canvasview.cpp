@@ -13,6 +13,7 @@
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 #include <unordered_map>
 
 #include "QuarnLog/Exception.h"
@@ -276,8 +277,8 @@ Event MouseEventOf(const QPointF& at, const QMouseEvent& event) {
     fired.x = static_cast<int>(std::lround(at.x()));
     fired.y = static_cast<int>(std::lround(at.y()));
     // A press or release names its button; a move, the first button held.
-    const auto buttons = event.button() != ::Qt::NoButton ? ::Qt::MouseButtons(event.button())
-                                                          : event.buttons();
+    const auto buttons =
+        event.button() != ::Qt::NoButton ? ::Qt::MouseButtons(event.button()) : event.buttons();
     if (buttons & ::Qt::LeftButton) {
         fired.button = MouseButton::Left;
     } else if (buttons & ::Qt::RightButton) {
@@ -300,6 +301,10 @@ Event MouseEventOf(const QPointF& at, const QMouseEvent& event) {
 }
 
 void FireMouse(FlowGraphPart& part, const char* name, const QPointF& at, const QMouseEvent& event) {
+    // The canvas hit-tests every event it fires; moves come often and are rarely listened to.
+    if (std::string_view(name) == "mousemove" && !part.HasHandler(name)) {
+        return;
+    }
     Event fired = MouseEventOf(at, event);
     fired.name = name;
     Guarded("ZML::Qt6::CanvasView mouse event", [&] { part.UserMouse(fired); });

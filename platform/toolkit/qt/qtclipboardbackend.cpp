@@ -7,6 +7,7 @@
 #include <chrono>
 #include <map>
 #include <mutex>
+#include <thread>
 
 #include "QuarnLog/Exception.h"
 #include "qtxt/Text.h"
@@ -20,6 +21,7 @@ struct qtClipboardData {
     // Held from Open to Close, so that the threads of this process take turns.
     std::timed_mutex session;
     bool open = false;
+    std::thread::id owner;
     // The contents being written in this session, handed to the desktop at Close.
     std::unique_ptr<QMimeData> pending;
 };
@@ -79,11 +81,18 @@ quarn::os::ClipboardFormat QtClipboardBackend::RegisterFormat(const std::wstring
 
 void QtClipboardBackend::Open() {
     auto& data = *qtClipboardRecord;
+    {
+        std::lock_guard<std::mutex> guard(data.lock);
+        if (data.open && data.owner == std::this_thread::get_id()) {
+            QUARN_THROW("The clipboard is open already in this thread; close it first.");
+        }
+    }
     if (!data.session.try_lock_for(std::chrono::seconds(5))) {
         QUARN_THROW("The clipboard stayed open in another thread for more than 5 seconds.");
     }
     std::lock_guard<std::mutex> guard(data.lock);
     data.open = true;
+    data.owner = std::this_thread::get_id();
     data.pending.reset();
 }
 
@@ -159,6 +168,7 @@ void QtClipboardBackend::Close() {
             return;
         }
         data.open = false;
+        data.owner = {};
         pending = std::move(data.pending);
     }
     if (pending) {

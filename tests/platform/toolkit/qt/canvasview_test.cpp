@@ -2,6 +2,7 @@
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
+#include <QToolTip>
 #include <QWheelEvent>
 #include <algorithm>
 #include <functional>
@@ -252,4 +253,18 @@ TEST_F(CanvasViewTest, MouseEventsReachTheCanvasInCanvasUnits) {
         EXPECT_NEAR(event.y, expected.y(), 1) << event.name;
     }
     EXPECT_EQ(names, (std::set<std::string>{"mousedown", "mouseup", "doubleclick"}));
+}
+
+TEST_F(CanvasViewTest, ToolTipsWaitForTheCanvasDelay) {
+    left->SetTooltip(L"Adds two rasters");
+    canvas->SetTooltipDelay(150);
+    QTest::mouseMove(Viewport(), Inside(left));
+    QTest::qWait(30);
+    EXPECT_FALSE(QToolTip::isVisible()) << "not before the delay";
+    for (int waited = 0; !QToolTip::isVisible() && waited < 2000; waited += 20) {
+        QTest::qWait(20);
+    }
+    EXPECT_TRUE(QToolTip::isVisible());
+    EXPECT_EQ(QToolTip::text(), "Adds two rasters");
+    QToolTip::hideText();
 }

@@ -63,6 +63,7 @@ TEST(QtClipboard, MisuseIsAnErrorNotACrash) {
     EXPECT_THROW(clipboard.GetData(format), QuarnLog::Exception) << "not open";
     EXPECT_THROW(clipboard.RegisterFormat(L""), QuarnLog::Exception);
     clipboard.Open();
+    EXPECT_THROW(clipboard.Open(), QuarnLog::Exception) << "open twice in one thread";
     EXPECT_THROW(clipboard.SetData(format + 100, kBytes), QuarnLog::Exception) << "unknown id";
     clipboard.Close();
     clipboard.Close();
