@@ -182,8 +182,9 @@ struct flowGraphPartData : std::enable_shared_from_this<flowGraphPartData> {
     std::map<std::uint64_t, std::weak_ptr<FlowGraphNodeEx>> dragged;
 
     FlowGraphDisplayInfo display;
-    int viewWidth = 800;
-    int viewHeight = 600;
+    // Set by the view; 0 until then (the part's geometry, or 800 x 600, stands in).
+    int viewWidth = 0;
+    int viewHeight = 0;
     bool readonly = false;
     int tooltipDelay = 500;
     bool showPortNames = true;

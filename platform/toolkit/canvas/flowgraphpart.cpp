@@ -296,12 +296,19 @@ void FlowGraphPart::ZoomTo(const std::vector<std::shared_ptr<FlowGraphNodeEx>>& 
     const double width = right - left + 2 * kZoomMargin;
     const double height = bottom - top + 2 * kZoomMargin;
     const auto& data = *flowGraphData;
-    const double scale = std::clamp(
-        std::min({1.0, data.viewWidth / width, data.viewHeight / height}), kMinScale, kMaxScale);
+    const auto geometry = Geometry();
+    double viewWidth = 800, viewHeight = 600;
+    if (data.viewWidth > 0) {
+        viewWidth = data.viewWidth, viewHeight = data.viewHeight;
+    } else if (geometry.width > 0 && geometry.height > 0) {
+        viewWidth = geometry.width, viewHeight = geometry.height;
+    }
+    const double scale =
+        std::clamp(std::min({1.0, viewWidth / width, viewHeight / height}), kMinScale, kMaxScale);
     FlowGraphDisplayInfo info;
     info.scale = scale;
-    info.scrollX = (left + right) / 2.0 - data.viewWidth / (2 * scale);
-    info.scrollY = (top + bottom) / 2.0 - data.viewHeight / (2 * scale);
+    info.scrollX = (left + right) / 2.0 - viewWidth / (2 * scale);
+    info.scrollY = (top + bottom) / 2.0 - viewHeight / (2 * scale);
     SetFlowGraphDisplayInfo(info);
 }
 

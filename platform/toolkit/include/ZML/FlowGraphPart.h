@@ -98,7 +98,8 @@ public:
     FlowGraphDisplayInfo GetFlowGraphDisplayInfo() const;
     // Scale must be positive; it is clamped to 0.05 .. 20.
     void SetFlowGraphDisplayInfo(const FlowGraphDisplayInfo& info);
-    // The size of the view in pixels, which ZoomTo fits into; the view sets it (default 800x600).
+    // The size of the view in pixels, which ZoomTo fits into; the view sets it. Until then the
+    // part's geometry stands in when it has a size, else 800 x 600.
     void SetViewSize(int width, int height);
     // Scrolls and scales so that `nodes` (those on this canvas) fill the view with a margin,
     // never enlarging beyond scale 1. Nothing happens for an empty list.

@@ -281,6 +281,13 @@ TEST(CanvasModel, ZoomToFitsTheNodesIntoTheView) {
     EXPECT_DOUBLE_EQ(canvas.GetFlowGraphDisplayInfo().scale, 1.0)
         << "a single node is not enlarged";
     EXPECT_THROW(canvas.SetFlowGraphDisplayInfo({0.0, 0, 0}), QuarnLog::Exception);
+
+    FlowGraphPart sized;
+    sized.GeometrySet(0, 0, 3000, 2000);
+    AddNode(sized, L"a", 1, 1, 0, 0);
+    AddNode(sized, L"b", 1, 1, 2400, 1600);
+    sized.ZoomToFit();
+    EXPECT_GT(sized.GetFlowGraphDisplayInfo().scale, 0.9) << "the part's own size is the view";
 }
 
 TEST(CanvasModel, NodesAndConnectionsOutliveTheirCanvasCleanly) {
