@@ -4,11 +4,16 @@
 
 namespace ZML {
 
-void flowGraphPartData::AddConnection(const ConnectionPtr& connection) {
+bool flowGraphPartData::AddConnection(const ConnectionPtr& connection) {
     auto& record = FlowGraphAccess::Connection(*connection);
+    if (!connectionsByPair
+             .emplace(std::make_pair(record.input.get(), record.output.get()), connection)
+             .second) {
+        return false;
+    }
     record.order = connections.Append(connection);
     record.canvas = weak_from_this();
-    connectionsByPair.emplace(std::make_pair(record.input.get(), record.output.get()), connection);
+    record.owner = this;
     FlowGraphAccess::Point(*record.input).connections.push_back(connection.get());
     FlowGraphAccess::Point(*record.output).connections.push_back(connection.get());
     if (!changed.empty()) {
@@ -18,6 +23,7 @@ void flowGraphPartData::AddConnection(const ConnectionPtr& connection) {
                 {},
                 0});
     }
+    return true;
 }
 
 namespace {
@@ -34,7 +40,7 @@ bool flowGraphPartData::RemoveConnection(const ConnectionPtr& connection) {
         return false;
     }
     auto& record = FlowGraphAccess::Connection(*connection);
-    if (record.canvas.lock().get() != this) {
+    if (record.owner != this) {
         return false;
     }
     connections.Erase(record.order);
@@ -42,6 +48,7 @@ bool flowGraphPartData::RemoveConnection(const ConnectionPtr& connection) {
     EraseFrom(*record.output, connection.get());
     connectionsByPair.erase(std::make_pair(record.input.get(), record.output.get()));
     record.canvas.reset();
+    record.owner = nullptr;
     record.order = 0;
     if (!changed.empty()) {
         Notify({FlowGraphChange::Kind::ConnectionRemoved,
@@ -88,6 +95,7 @@ std::vector<flowGraphPartData::ConnectionPtr> flowGraphPartData::ConnectionsAt(
 void flowGraphPartData::Forget(const NodePtr& node) {
     auto& record = FlowGraphAccess::Node(*node);
     record.canvas.reset();
+    record.owner = nullptr;
     record.order = 0;
     record.selected = false;
     for (const auto& point : record.points) {
@@ -98,11 +106,12 @@ void flowGraphPartData::Forget(const NodePtr& node) {
 void flowGraphPartData::Forget(const ConnectionPtr& connection) {
     auto& record = FlowGraphAccess::Connection(*connection);
     record.canvas.reset();
+    record.owner = nullptr;
     record.order = 0;
 }
 
 bool flowGraphPartData::Contains(const NodePtr& node) const {
-    return node && FlowGraphAccess::Node(*node).canvas.lock().get() == this;
+    return node && FlowGraphAccess::Node(*node).owner == this;
 }
 
 bool flowGraphPartData::RemoveNode(const NodePtr& node) {
@@ -125,6 +134,7 @@ bool flowGraphPartData::RemoveNode(const NodePtr& node) {
     }
     nodes.Erase(record.order);
     record.canvas.reset();
+    record.owner = nullptr;
     record.order = 0;
     if (wasSelected) {
         Notify({FlowGraphChange::Kind::SelectionChanged, {}, {}, {}, 0});

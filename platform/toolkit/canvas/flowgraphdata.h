@@ -62,6 +62,9 @@ struct flowGraphNodeData {
     FlowGraphFont font;
     std::vector<std::shared_ptr<FlowGraphConnectionPointEx>> points;
     std::weak_ptr<flowGraphPartData> canvas;
+    // The same canvas, for the cheap "is it on this canvas" test; the canvas clears it whenever it
+    // lets the node go, itself included.
+    const flowGraphPartData* owner = nullptr;
     // Position in the canvas's node order while on a canvas.
     std::uint64_t order = 0;
     bool selected = false;
@@ -73,6 +76,7 @@ struct flowGraphConnectionData {
     std::uint32_t color = 0x404040;
     std::shared_ptr<void> userData;
     std::weak_ptr<flowGraphPartData> canvas;
+    const flowGraphPartData* owner = nullptr;
     std::uint64_t order = 0;
 };
 
@@ -207,7 +211,9 @@ struct flowGraphPartData : std::enable_shared_from_this<flowGraphPartData> {
         }
     }
 
-    void AddConnection(const ConnectionPtr& connection);
+    // Puts a checked connection on the canvas; false (and nothing changed) when its two points
+    // are joined already.
+    bool AddConnection(const ConnectionPtr& connection);
     bool RemoveConnection(const ConnectionPtr& connection);
     // Removes every connection that ends at `point`, in the order added.
     void RemoveConnectionsOf(const PointPtr& point);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cmath>
 #include <limits>
 #include <unordered_set>
@@ -80,8 +81,11 @@ void FlowGraphPart::AddNode(const std::shared_ptr<FlowGraphNodeEx>& node) {
     auto& data = *flowGraphData;
     record.order = data.nodes.Append(node);
     record.canvas = flowGraphData;
+    record.owner = flowGraphData.get();
     record.selected = false;
-    data.Notify({Kind::NodeAdded, node, {}, {}, 0});
+    if (!data.changed.empty()) {
+        data.Notify({Kind::NodeAdded, node, {}, {}, 0});
+    }
 }
 
 bool FlowGraphPart::RemoveNode(const std::shared_ptr<FlowGraphNodeEx>& node) {
@@ -150,10 +154,9 @@ void FlowGraphPart::AddConnection(const std::shared_ptr<FlowGraphConnectionEx>& 
     if (!data.Contains(input->GetNode()) || !data.Contains(output->GetNode())) {
         fail("joins a point that is not on a node of this canvas.");
     }
-    if (data.connectionsByPair.count({input.get(), output.get()})) {
+    if (!data.AddConnection(connection)) {
         fail("is already on the canvas.");
     }
-    data.AddConnection(connection);
 }
 
 bool FlowGraphPart::RemoveConnection(const std::shared_ptr<FlowGraphConnectionEx>& connection) {
@@ -520,7 +523,9 @@ std::shared_ptr<FlowGraphConnectionEx> FlowGraphPart::UserConnect(
     auto connection = std::make_shared<FlowGraphConnectionEx>();
     connection->SetInputPoint(from->IsInput() ? from : to);
     connection->SetOutputPoint(from->IsInput() ? to : from);
-    flowGraphData->AddConnection(connection);
+    // CheckConnect has made sure that the pair is not joined yet.
+    [[maybe_unused]] const bool added = flowGraphData->AddConnection(connection);
+    assert(added);
     flowGraphData->userConnectionAdded(connection);
     return connection;
 }
