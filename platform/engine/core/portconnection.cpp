@@ -107,7 +107,8 @@ int PortConnection::ComputeStatus(const Port& from, const Port& to) {
 
 // ---- link bookkeeping shared by ports, operators and models
 
-void LinkAccess::Detach(const std::shared_ptr<PortConnection>& connection) {
+void LinkAccess::Detach(std::shared_ptr<PortConnection> connection) {
+    // Taken by value: the reference a caller passes may be the very entry erased below.
     if (!connection) return;
     if (auto childPort = connection->GetChildPort()) {
         auto& inbound = Of(*childPort).inbound;

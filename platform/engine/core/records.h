@@ -91,7 +91,7 @@ struct LinkAccess {
     static modelRecord& Of(const Model& model) { return *model.modelData; }
 
     // Takes a link out of both of its ports.
-    static void Detach(const std::shared_ptr<PortConnection>& connection);
+    static void Detach(std::shared_ptr<PortConnection> connection);
     // Makes a link and enters it at both ports.
     static std::shared_ptr<PortConnection> Attach(const std::shared_ptr<Operator>& parent,
                                                   const std::shared_ptr<Port>& parentPort,

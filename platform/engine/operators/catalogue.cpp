@@ -357,6 +357,12 @@ std::vector<OperatorDefinition> BuiltInOperators() {
     c.Zonal(L"ZonalMin", L"Zonal Minimum", L"Minimum", L"The smallest value in each zone.");
     c.Zonal(L"ZonalSum", L"Zonal Sum", L"Sum", L"The sum of the values in each zone.");
     c.Zonal(L"ZonalCount", L"Zonal Count", L"Count", L"The number of cells in each zone.");
+    c.Add(L"Zonal", L"Zonal", L"Zonal Statistics", L"Any statistic of the values in each zone.",
+          {L"zonal", L"zones", L"statistics", L"summary"},
+          {In(L"Zones", {Raster()}, L"The raster of zone numbers."),
+           In(L"Values", {Raster()}, L"The raster whose values are summarised per zone."),
+           In(L"Statistic", {ZonalStatistic()}, L"The statistic computed.", L"Mean"),
+           Out(L"Output", {Raster(), List()}, L"The statistic of each zone.")});
 
     // Flow control
     c.Add(L"FlowControl", L"Loop", L"Loop", L"Runs its body again while its test holds.",
