@@ -173,7 +173,12 @@ bool ReadBoolean(const std::shared_ptr<lx::Data>& data) {
     if (ReadWholeNumber(data, number)) {
         return number != 0;
     }
-    return Lower(data->ToString()) == L"true";
+    // Files written by other tools store the flag as text, quoted or not.
+    std::wstring text = Lower(data->ToString());
+    if (text.size() >= 2 && text.front() == L'"' && text.back() == L'"') {
+        text = text.substr(1, text.size() - 2);
+    }
+    return text == L"true";
 }
 
 // Sets a stored orientation on a node. A value the canvas does not know is a damaged file, not a
