@@ -103,14 +103,17 @@ public:
         pugi::xml_node modelNode;
         for (auto child : root.children()) {
             if (child.type() != pugi::node_element) continue;
-            if (!Is(child, xml::ModelElement) || modelNode)
+            // The root is a <Model>, or an <Operator> that is a model (a loop saved on its own).
+            bool model = Is(child, xml::ModelElement) || Is(child, xml::OperatorElement);
+            if (!model || modelNode)
                 Fail(child, L"a model file holds exactly one <Model> element, found <" +
                                 W(child.name()) + L">.");
             modelNode = child;
         }
         if (!modelNode) Fail(root, L"the file holds no <Model> element.");
-        auto op = ReadOperator(modelNode, 0);
-        return std::static_pointer_cast<Model>(op);
+        auto model = std::dynamic_pointer_cast<Model>(ReadOperator(modelNode, 0));
+        if (!model) Fail(modelNode, L"the operator at the root is not a model.");
+        return model;
     }
 
 private:

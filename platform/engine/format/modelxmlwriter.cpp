@@ -97,6 +97,81 @@ Port::AttributeMap OwnPortAttributes(const Port& port) {
     return map;
 }
 
+// What the writer compares of a port: read once per port (the getters answer copies).
+struct PortState {
+    explicit PortState(const Port& port)
+        : direction(port.GetDirection()),
+          displayName(port.GetDisplayName()),
+          description(port.GetDescription()),
+          keywords(port.GetKeywords()),
+          optional(port.IsOptional()),
+          hidden(port.IsHidden()),
+          isPrivate(port.IsPrivate()),
+          native(port.IsNative()),
+          types(port.GetDeclaredSupportedTypes()),
+          extra(port.GetExtraSupportedTypes()),
+          excluded(port.GetExcludedTypes()),
+          defaultData(port.GetDefaultData()),
+          data(port.GetData()),
+          attributes(OwnPortAttributes(port)),
+          dataAttributes(port.GetDataTypeAttributeMapMap()) {}
+
+    PortDirection direction;
+    std::wstring displayName;
+    std::wstring description;
+    std::vector<std::wstring> keywords;
+    bool optional;
+    bool hidden;
+    bool isPrivate;
+    bool native;
+    std::vector<ObjectName> types;
+    std::vector<ObjectName> extra;
+    std::vector<ObjectName> excluded;
+    std::shared_ptr<Data> defaultData;
+    std::shared_ptr<Data> data;
+    Port::AttributeMap attributes;
+    Port::DataTypeAttributeMapMap dataAttributes;
+};
+
+// A fresh operator of a type, as the reader starts from it before it applies the file; taken
+// once per type and save.
+struct ReferenceState {
+    explicit ReferenceState(const Operator& op)
+        : displayName(op.GetDisplayName()),
+          icon(op.GetIcon()),
+          displayCategory(op.GetDisplayCategory()),
+          colorCategory(op.GetColorCategory()),
+          uri(op.GetUri()),
+          description(op.GetDescription()),
+          usableInExpression(op.IsUsableInExpression()),
+          keywords(op.GetKeywords()),
+          syntaxForms(op.GetSyntaxForms()),
+          attributes(op.GetAttributeMap()) {
+        for (const auto& port : op.GetPorts()) {
+            portNames.push_back(port->GetName());
+            ports.emplace(port->GetName(), PortState(*port));
+        }
+    }
+
+    const PortState* FindPort(const std::wstring& name) const {
+        auto found = ports.find(name);
+        return found == ports.end() ? nullptr : &found->second;
+    }
+
+    std::wstring displayName;
+    std::wstring icon;
+    std::wstring displayCategory;
+    std::wstring colorCategory;
+    std::wstring uri;
+    std::wstring description;
+    bool usableInExpression;
+    std::vector<std::wstring> keywords;
+    std::vector<std::wstring> syntaxForms;
+    std::map<std::wstring, std::shared_ptr<Data>> attributes;
+    std::vector<std::wstring> portNames;
+    std::map<std::wstring, PortState> ports;
+};
+
 class Writer {
 public:
     void WriteOperator(pugi::xml_node parent, const Operator& op, int id) {
@@ -105,18 +180,18 @@ public:
         if (id > 0) node.append_attribute(xml::Id).set_value(id);
         node.append_attribute(xml::Namespace).set_value(U8(op.GetOperatorNamespace()).c_str());
         node.append_attribute(xml::Name).set_value(U8(op.GetOperatorName()).c_str());
-        const Operator& ref = Reference(op, plainModel);
+        const ReferenceState& ref = Reference(op, plainModel);
 
         auto text = [&](const char* name, const std::wstring& own, const std::wstring& theirs) {
             if (own != theirs) node.append_attribute(name).set_value(U8(own).c_str());
         };
-        text(xml::DisplayName, op.GetDisplayName(), ref.GetDisplayName());
-        text(xml::Icon, op.GetIcon(), ref.GetIcon());
-        text(xml::DisplayCategory, op.GetDisplayCategory(), ref.GetDisplayCategory());
-        text(xml::ColorCategory, op.GetColorCategory(), ref.GetColorCategory());
-        if (op.IsUsableInExpression() != ref.IsUsableInExpression())
+        text(xml::DisplayName, op.GetDisplayName(), ref.displayName);
+        text(xml::Icon, op.GetIcon(), ref.icon);
+        text(xml::DisplayCategory, op.GetDisplayCategory(), ref.displayCategory);
+        text(xml::ColorCategory, op.GetColorCategory(), ref.colorCategory);
+        if (op.IsUsableInExpression() != ref.usableInExpression)
             WriteFlag(node, xml::UsableInExpression, op.IsUsableInExpression());
-        text(xml::Uri, op.GetUri(), ref.GetUri());
+        text(xml::Uri, op.GetUri(), ref.uri);
         const auto* model = dynamic_cast<const Model*>(&op);
         if (model) {
             if (!model->GetProcessName().empty())
@@ -126,15 +201,15 @@ public:
             if (model->IsLocked()) WriteFlag(node, xml::Locked, true);
             if (!model->CanSaveInPlainFormat()) WriteFlag(node, xml::PlainFormatForbidden, true);
         }
-        if (op.GetDescription() != ref.GetDescription())
-            SetText(node.append_child(xml::Description), op.GetDescription());
-        if (op.GetKeywords() != ref.GetKeywords())
-            WriteTexts(node, xml::Keywords, xml::Keyword, op.GetKeywords());
-        if (op.GetSyntaxForms() != ref.GetSyntaxForms())
-            WriteTexts(node, xml::SyntaxForms, xml::Form, op.GetSyntaxForms());
+        if (auto description = op.GetDescription(); description != ref.description)
+            SetText(node.append_child(xml::Description), description);
+        if (auto keywords = op.GetKeywords(); keywords != ref.keywords)
+            WriteTexts(node, xml::Keywords, xml::Keyword, keywords);
+        if (auto forms = op.GetSyntaxForms(); forms != ref.syntaxForms)
+            WriteTexts(node, xml::SyntaxForms, xml::Form, forms);
 
         WritePorts(node, op, ref);
-        WriteAttributeChanges(node, op.GetAttributeMap(), ref.GetAttributeMap(), xml::Attribute);
+        WriteAttributeChanges(node, op.GetAttributeMap(), ref.attributes, xml::Attribute);
 
         if (model) {
             auto ops = model->GetOperators();
@@ -145,92 +220,95 @@ public:
     }
 
 private:
-    // A fresh operator of op's kind: what the reader starts from before it applies the file.
-    const Operator& Reference(const Operator& op, bool plainModel) {
+    const ReferenceState& Reference(const Operator& op, bool plainModel) {
         auto key = (plainModel ? L"model:" : L"operator:") + op.GetObjectName().GetFullName();
         auto& slot = references[key];
         if (!slot) {
+            std::shared_ptr<Operator> fresh;
             if (plainModel)
-                slot = std::make_shared<Model>(op.GetOperatorNamespace(), op.GetOperatorName());
+                fresh = std::make_shared<Model>(op.GetOperatorNamespace(), op.GetOperatorName());
             else
-                slot = OperatorFactory::TryCreate(op.GetObjectName());
-            if (!slot) {
+                fresh = OperatorFactory::TryCreate(op.GetObjectName());
+            if (!fresh) {
                 QuarnLog::Write(
                     QuarnLog::Level::Warning, __PRETTY_FUNCTION__, __FILE__,
                     L"Operator type \"" + op.GetObjectName().GetFullName() +
                         L"\" is not registered: the saved model can be read only where it is.");
-                slot = std::make_shared<Operator>(op.GetOperatorNamespace(), op.GetOperatorName());
+                fresh = std::make_shared<Operator>(op.GetOperatorNamespace(), op.GetOperatorName());
             }
+            slot = std::make_unique<ReferenceState>(*fresh);
         }
         return *slot;
     }
 
-    void WritePorts(pugi::xml_node node, const Operator& op, const Operator& ref) {
+    void WritePorts(pugi::xml_node node, const Operator& op, const ReferenceState& ref) {
         auto ports = op.GetPorts();
-        auto refPorts = ref.GetPorts();
-        std::vector<std::wstring> expected;
-        for (const auto& refPort : refPorts)
-            if (op.GetPort(refPort->GetName())) expected.push_back(refPort->GetName());
         std::vector<std::wstring> actual;
+        std::set<std::wstring> present;
         for (const auto& port : ports) {
             actual.push_back(port->GetName());
-            auto refPort = ref.GetPort(port->GetName());
-            if (!refPort) expected.push_back(port->GetName());
-            WritePort(node, *port, refPort);
+            present.insert(actual.back());
         }
-        for (const auto& refPort : refPorts) {
-            if (op.GetPort(refPort->GetName())) continue;
+        std::vector<std::wstring> expected;
+        for (const auto& name : ref.portNames)
+            if (present.count(name)) expected.push_back(name);
+        for (std::size_t i = 0; i < ports.size(); ++i) {
+            const auto* refPort = ref.FindPort(actual[i]);
+            if (!refPort) expected.push_back(actual[i]);
+            WritePort(node, *ports[i], actual[i], refPort);
+        }
+        for (const auto& name : ref.portNames) {
+            if (present.count(name)) continue;
             auto removed = node.append_child(xml::PortElement);
-            removed.append_attribute(xml::Name).set_value(U8(refPort->GetName()).c_str());
+            removed.append_attribute(xml::Name).set_value(U8(name).c_str());
             WriteFlag(removed, xml::Removed, true);
         }
         if (actual != expected) WriteTexts(node, xml::PortOrder, xml::PortName, actual);
     }
 
-    void WritePort(pugi::xml_node parent, const Port& port, std::shared_ptr<Port> refPort) {
-        auto node = parent.append_child(xml::PortElement);
-        node.append_attribute(xml::Name).set_value(U8(port.GetName()).c_str());
-        bool fresh = !refPort || refPort->GetDirection() != port.GetDirection();
+    void WritePort(pugi::xml_node parent, const Port& port, const std::wstring& name,
+                   const PortState* refPort) {
+        PortState own(port);
+        bool fresh = !refPort || refPort->direction != own.direction;
+        std::unique_ptr<PortState> blank;
         if (fresh) {
-            node.append_attribute(xml::Direction).set_value(port.IsInput() ? "input" : "output");
-            refPort = Port::Create(port.GetName(), port.GetDirection());
+            blank = std::make_unique<PortState>(*Port::Create(name, own.direction));
+            refPort = blank.get();
         }
-        const Port& ref = *refPort;
-        if (port.GetDisplayName() != ref.GetDisplayName())
-            node.append_attribute(xml::DisplayName).set_value(U8(port.GetDisplayName()).c_str());
-        if (port.IsOptional() != ref.IsOptional())
-            WriteFlag(node, xml::Optional, port.IsOptional());
-        if (port.IsHidden() != ref.IsHidden()) WriteFlag(node, xml::Hidden, port.IsHidden());
-        if (port.IsPrivate() != ref.IsPrivate()) WriteFlag(node, xml::Private, port.IsPrivate());
-        if (port.IsNative() != ref.IsNative()) WriteFlag(node, xml::Native, port.IsNative());
-        if (port.GetDescription() != ref.GetDescription())
-            SetText(node.append_child(xml::Description), port.GetDescription());
-        if (port.GetKeywords() != ref.GetKeywords())
-            WriteTexts(node, xml::Keywords, xml::Keyword, port.GetKeywords());
-        if (port.GetDeclaredSupportedTypes() != ref.GetDeclaredSupportedTypes())
-            WriteTypes(node, xml::Types, port.GetDeclaredSupportedTypes());
-        if (port.GetExtraSupportedTypes() != ref.GetExtraSupportedTypes())
-            WriteTypes(node, xml::ExtraTypes, port.GetExtraSupportedTypes());
-        if (port.GetExcludedTypes() != ref.GetExcludedTypes())
-            WriteTypes(node, xml::ExcludedTypes, port.GetExcludedTypes());
-        if (!SameData(port.GetDefaultData(), ref.GetDefaultData()))
-            WriteData(node.append_child(xml::Default), port.GetDefaultData());
-        if (!SameData(port.GetData(), ref.GetData()))
-            WriteData(node.append_child(xml::Value), port.GetData());
-        WriteAttributeChanges(node, OwnPortAttributes(port), OwnPortAttributes(ref),
-                              xml::Attribute);
+        const PortState& ref = *refPort;
+        auto node = parent.append_child(xml::PortElement);
+        node.append_attribute(xml::Name).set_value(U8(name).c_str());
+        if (fresh)
+            node.append_attribute(xml::Direction)
+                .set_value(own.direction == PortDirection::Input ? "input" : "output");
+        if (own.displayName != ref.displayName)
+            node.append_attribute(xml::DisplayName).set_value(U8(own.displayName).c_str());
+        if (own.optional != ref.optional) WriteFlag(node, xml::Optional, own.optional);
+        if (own.hidden != ref.hidden) WriteFlag(node, xml::Hidden, own.hidden);
+        if (own.isPrivate != ref.isPrivate) WriteFlag(node, xml::Private, own.isPrivate);
+        if (own.native != ref.native) WriteFlag(node, xml::Native, own.native);
+        if (own.description != ref.description)
+            SetText(node.append_child(xml::Description), own.description);
+        if (own.keywords != ref.keywords)
+            WriteTexts(node, xml::Keywords, xml::Keyword, own.keywords);
+        if (own.types != ref.types) WriteTypes(node, xml::Types, own.types);
+        if (own.extra != ref.extra) WriteTypes(node, xml::ExtraTypes, own.extra);
+        if (own.excluded != ref.excluded) WriteTypes(node, xml::ExcludedTypes, own.excluded);
+        if (!SameData(own.defaultData, ref.defaultData))
+            WriteData(node.append_child(xml::Default), own.defaultData);
+        if (!SameData(own.data, ref.data)) WriteData(node.append_child(xml::Value), own.data);
+        WriteAttributeChanges(node, own.attributes, ref.attributes, xml::Attribute);
 
-        auto own = port.GetDataTypeAttributeMapMap();
-        auto theirs = ref.GetDataTypeAttributeMapMap();
         std::set<std::wstring> types;
-        for (const auto& entry : own) types.insert(entry.first);
-        for (const auto& entry : theirs) types.insert(entry.first);
+        for (const auto& entry : own.dataAttributes) types.insert(entry.first);
+        for (const auto& entry : ref.dataAttributes) types.insert(entry.first);
         static const Port::AttributeMap none;
         for (const auto& type : types) {
-            auto a = own.find(type);
-            auto b = theirs.find(type);
-            WriteAttributeChanges(node, a == own.end() ? none : a->second,
-                                  b == theirs.end() ? none : b->second, xml::DataAttribute, type);
+            auto a = own.dataAttributes.find(type);
+            auto b = ref.dataAttributes.find(type);
+            WriteAttributeChanges(node, a == own.dataAttributes.end() ? none : a->second,
+                                  b == ref.dataAttributes.end() ? none : b->second,
+                                  xml::DataAttribute, type);
         }
         // A port that the operator makes by itself and that matches it needs no element.
         if (!fresh && !node.first_attribute().next_attribute() && !node.first_child())
@@ -336,7 +414,7 @@ private:
         if (!links.first_child()) node.remove_child(links);
     }
 
-    std::map<std::wstring, std::shared_ptr<Operator>> references;
+    std::map<std::wstring, std::unique_ptr<ReferenceState>> references;
 };
 
 struct StringSink : pugi::xml_writer {

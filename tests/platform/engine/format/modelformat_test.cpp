@@ -311,3 +311,20 @@ TEST(ModelFormat, UserOperatorFolderListsSavedModels) {
     OperatorFactory::SetUserOperatorFolder({});
     ExpectSameOperator(*outer, *ModelFormatFactory::OpenFromBuffer(text));
 }
+
+TEST(ModelFormat, AConditionalOperatorSavedOnItsOwnReadsBackAsItsType) {
+    auto loop = std::dynamic_pointer_cast<Model>(OperatorFactory::Create(L"TAMARIN", L"Loop"));
+    ASSERT_NE(loop, nullptr);
+    loop->AddOperator(OperatorFactory::Create(L"TAMARIN", L"Counter"));
+    loop->GetPort(L"MaxIterations")->SetDataFromString(L"3");
+    auto reopened =
+        ModelFormatFactory::OpenFromBuffer(ModelFormatFactory::SaveToBuffer(loop, Plain));
+    ExpectSameOperator(*loop, *reopened);
+    auto notModel =
+        "<?xml version=\"1.0\"?>\n<LattixModel formatVersion=\"1\">\n"
+        "  <Operator namespace=\"TAMARIN\" name=\"Add\" />\n</LattixModel>\n";
+    EXPECT_NE(ErrorOf([&] {
+                  ModelFormatFactory::OpenFromBuffer(qtxt::widen(notModel));
+              }).find("the operator at the root is not a model"),
+              std::string::npos);
+}
