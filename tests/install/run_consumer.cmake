@@ -13,7 +13,8 @@ set(prefix "${WORK_DIR}/prefix")
 set(build "${WORK_DIR}/consumer-build")
 file(REMOVE_RECURSE "${WORK_DIR}")
 
-run_step("install" ${CMAKE_COMMAND} --install "${BUILD_DIR}" --prefix "${prefix}")
+# The whole build must be up to date: installing needs every library and application built.
+run_step("install (of a complete build)" ${CMAKE_COMMAND} --install "${BUILD_DIR}" --prefix "${prefix}")
 run_step("configure consumer" ${CMAKE_COMMAND} -S "${CONSUMER_DIR}" -B "${build}" -G "${GENERATOR}"
     "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}"
     "-DCMAKE_BUILD_TYPE=${BUILD_TYPE}" "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}"
