@@ -1,6 +1,8 @@
 #include "modelgui/MessageManager.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <cwctype>
 #include <list>
 #include <mutex>
@@ -25,52 +27,24 @@ using Velmar::Lattix::Port;
 
 namespace {
 
-using MessageList = std::list<std::shared_ptr<MessageManager::Message>>;
+std::wstring FormatText(const std::wstring& raw) {
+    // Most reports are one line, kept as they are.
+    if (raw.find(L'\n') == std::wstring::npos) return raw;
 
-// The duplicate rule compares a stored message's text and severity exactly, then its operator and
-// port through their weak pointers. The index narrows the candidates to the messages with that
-// text and severity, grouped by the address of the operator they were reported for; the rule
-// itself is still applied to every candidate, so expired pointers behave exactly as in a full walk.
-struct textKey {
-    std::wstring text;
-    Issue::Severity severity;
-    bool operator==(const textKey&) const = default;
-};
-
-struct textKeyHash {
-    std::size_t operator()(const textKey& key) const noexcept {
-        return std::hash<std::wstring>{}(key.text) ^
-               (static_cast<std::size_t>(key.severity) * 0x9e3779b97f4a7c15ULL);
-    }
-};
-
-// Messages of one text and severity, by the operator address given when they were reported.
-using textBucket = std::unordered_map<const Operator*, std::vector<MessageList::iterator>>;
-
-std::vector<std::wstring> SplitLines(const std::wstring& text) {
     std::vector<std::wstring> lines;
     std::size_t start = 0;
-    for (;;) {
-        const auto end = text.find(L'\n', start);
-        if (end == std::wstring::npos) {
-            lines.push_back(text.substr(start));
-            return lines;
-        }
-        lines.push_back(text.substr(start, end - start));
+    for (auto end = raw.find(L'\n'); end != std::wstring::npos; end = raw.find(L'\n', start)) {
+        lines.push_back(raw.substr(start, end - start));
         start = end + 1;
     }
-}
+    lines.push_back(raw.substr(start));
 
-bool IsArgsLine(const std::wstring& line) {
-    std::wstring lower;
-    lower.reserve(line.size());
-    for (wchar_t c : line) lower.push_back(static_cast<wchar_t>(std::towlower(c)));
-    return lower == L"args" || lower == L"args!";
-}
-
-std::wstring FormatText(const std::wstring& raw) {
-    auto lines = SplitLines(raw);
-    if (lines.size() >= 2) std::erase_if(lines, IsArgsLine);
+    std::erase_if(lines, [](const std::wstring& line) {
+        std::wstring lower(line.size(), L' ');
+        std::transform(line.begin(), line.end(), lower.begin(),
+                       [](wchar_t c) { return static_cast<wchar_t>(std::towlower(c)); });
+        return lower == L"args" || lower == L"args!";
+    });
     if (lines.empty()) return {};
     if (lines.size() == 1) return lines.front();
     std::wstring text = lines.back() + L" (";
@@ -81,9 +55,56 @@ std::wstring FormatText(const std::wstring& raw) {
     return text + L")";
 }
 
+std::uint64_t Mix(std::uint64_t value) {
+    value ^= value >> 30;
+    value *= 0xbf58476d1ce4e5b9ULL;
+    value ^= value >> 27;
+    value *= 0x94d049bb133111ebULL;
+    return value ^ (value >> 31);
+}
+
+// The index keys, already hashed: text and severity; text, severity and the operator's address.
+std::size_t TextKey(const std::wstring& text, Issue::Severity severity) {
+    return Mix(std::hash<std::wstring>{}(text) + static_cast<std::uint64_t>(severity));
+}
+
+std::size_t OperatorKey(std::size_t textKey, const Operator* op) {
+    return Mix(textKey ^ reinterpret_cast<std::uintptr_t>(op));
+}
+
+struct identityHash {
+    std::size_t operator()(std::size_t key) const noexcept { return key; }
+};
+
 }  // namespace
 
+// The duplicate rule compares a stored message's text and severity exactly, then its operator and
+// port through their weak pointers. Two indexes narrow the candidates without changing the rule:
+// a live operator equal to the reported one has the address it was reported with, so a report
+// about an operator looks only at the messages reported for that address with that text and
+// severity; a report about no operator must also find messages whose operator is gone, so it looks
+// at every message with that text and severity. The rule itself is applied to each candidate.
+//
+// Each index maps a key to the newest of the messages with that key; the messages of one key are
+// chained through the stored messages themselves, so that removing one is constant time however
+// many operators report the same text.
 struct messageData {
+    struct storedMessage;
+    using MessageList = std::list<storedMessage>;
+    struct chainLink {
+        storedMessage* previous = nullptr;
+        storedMessage* next = nullptr;
+    };
+    using Heads = std::unordered_map<std::size_t, storedMessage*, identityHash>;
+    struct storedMessage {
+        std::shared_ptr<MessageManager::Message> message;
+        MessageList::iterator self;
+        std::size_t textKey = 0;
+        std::size_t operatorKey = 0;
+        chainLink textChain;
+        chainLink operatorChain;
+    };
+
     MessageList messages;
     std::shared_ptr<void> hookToken;
     boost::signals2::signal<void()> messagesChanged;
@@ -92,11 +113,88 @@ struct messageData {
     // The thread inside an exclusive section, so that a listener can read the list it is being
     // told about without waiting for itself.
     std::atomic<std::thread::id> writer;
-    std::unordered_map<textKey, textBucket, textKeyHash> index;
+    Heads byText;
+    Heads byOperator;
 
     // The hook goes first: the engine waits for a report in progress, which still needs the lock,
     // the list and the signal.
     ~messageData() { hookToken.reset(); }
+
+    static void Link(Heads& heads, std::size_t key, storedMessage* stored,
+                     chainLink storedMessage::*chain) {
+        auto [head, added] = heads.try_emplace(key, stored);
+        if (added) return;
+        (stored->*chain).next = head->second;
+        (head->second->*chain).previous = stored;
+        head->second = stored;
+    }
+
+    static void Unlink(Heads& heads, std::size_t key, storedMessage* stored,
+                       chainLink storedMessage::*chain) {
+        auto& link = stored->*chain;
+        if (link.next) (link.next->*chain).previous = link.previous;
+        if (link.previous) {
+            (link.previous->*chain).next = link.next;
+        } else if (link.next) {
+            heads[key] = link.next;
+        } else {
+            heads.erase(key);
+        }
+    }
+
+    static bool IsRepeat(const MessageManager::Message& stored, const std::shared_ptr<Operator>& op,
+                         const std::shared_ptr<Port>& port, const std::wstring& text,
+                         Issue::Severity severity) {
+        return stored.severity == severity && stored.text == text && stored.op.lock() == op &&
+               stored.port.lock() == port;
+    }
+
+    // Under the exclusive lock.
+    void Add(std::shared_ptr<MessageManager::Message> message, const std::shared_ptr<Operator>& op,
+             const std::shared_ptr<Port>& port, const std::wstring& text,
+             Issue::Severity severity) {
+        const std::size_t rawKey = TextKey(text, severity);
+        std::vector<storedMessage*> repeats;
+        if (op) {
+            const auto head = byOperator.find(OperatorKey(rawKey, op.get()));
+            for (auto* stored = head == byOperator.end() ? nullptr : head->second; stored;
+                 stored = stored->operatorChain.next)
+                if (IsRepeat(*stored->message, op, port, text, severity)) repeats.push_back(stored);
+        } else {
+            const auto head = byText.find(rawKey);
+            for (auto* stored = head == byText.end() ? nullptr : head->second; stored;
+                 stored = stored->textChain.next)
+                if (IsRepeat(*stored->message, op, port, text, severity)) repeats.push_back(stored);
+        }
+        for (auto* repeat : repeats) {
+            Unlink(byText, repeat->textKey, repeat, &storedMessage::textChain);
+            Unlink(byOperator, repeat->operatorKey, repeat, &storedMessage::operatorChain);
+            messages.erase(repeat->self);
+        }
+
+        const std::size_t storedKey =
+            message->text == text ? rawKey : TextKey(message->text, severity);
+        auto& stored = messages.emplace_back();
+        stored.message = std::move(message);
+        stored.self = std::prev(messages.end());
+        stored.textKey = storedKey;
+        stored.operatorKey = OperatorKey(storedKey, op.get());
+        Link(byText, stored.textKey, &stored, &storedMessage::textChain);
+        Link(byOperator, stored.operatorKey, &stored, &storedMessage::operatorChain);
+    }
+
+    void Clear() {
+        byText.clear();
+        byOperator.clear();
+        messages.clear();
+    }
+
+    std::vector<std::shared_ptr<MessageManager::Message>> Copy() const {
+        std::vector<std::shared_ptr<MessageManager::Message>> copy;
+        copy.reserve(messages.size());
+        for (const auto& stored : messages) copy.push_back(stored.message);
+        return copy;
+    }
 };
 
 namespace {
@@ -121,56 +219,12 @@ private:
     std::unique_lock<std::shared_mutex> guard;
 };
 
-void Unindex(messageData& data, MessageList::iterator message, const Operator* reportedFor) {
-    const textKey key{(*message)->GetText(), (*message)->GetSeverity()};
-    const auto bucket = data.index.find(key);
-    if (bucket == data.index.end()) return;
-    const auto group = bucket->second.find(reportedFor);
-    if (group == bucket->second.end()) return;
-    auto& entries = group->second;
-    std::erase(entries, message);
-    if (entries.empty()) bucket->second.erase(group);
-    if (bucket->second.empty()) data.index.erase(bucket);
-}
-
-bool IsDuplicate(const MessageManager::Message& message, const std::shared_ptr<Operator>& op,
-                 const std::shared_ptr<Port>& port) {
-    return message.GetOperator() == op && message.GetPort() == port;
-}
-
 void AddToList(messageData& data, const std::shared_ptr<Operator>& op,
                const std::shared_ptr<Port>& port, const std::wstring& text,
                const std::wstring& helpKey, Issue::Severity severity) {
     auto message = std::make_shared<MessageManager::Message>(op, port, text, helpKey, severity);
     exclusiveSection section(data);
-
-    // Stored messages whose text is the raw text of this report and whose severity is its own.
-    auto bucket = data.index.find(textKey{text, severity});
-    if (bucket != data.index.end()) {
-        std::vector<std::pair<MessageList::iterator, const Operator*>> doomed;
-        auto collect = [&](const Operator* reportedFor,
-                           const std::vector<MessageList::iterator>& entries) {
-            for (auto entry : entries)
-                if (IsDuplicate(**entry, op, port)) doomed.emplace_back(entry, reportedFor);
-        };
-        if (op) {
-            // A live operator equal to op was reported at op's address.
-            if (auto group = bucket->second.find(op.get()); group != bucket->second.end())
-                collect(group->first, group->second);
-        } else {
-            // Messages whose operator is gone compare equal to no operator, whatever address
-            // they were reported for.
-            for (const auto& [reportedFor, entries] : bucket->second) collect(reportedFor, entries);
-        }
-        for (const auto& [entry, reportedFor] : doomed) {
-            Unindex(data, entry, reportedFor);
-            data.messages.erase(entry);
-        }
-    }
-
-    data.messages.push_back(message);
-    data.index[textKey{message->GetText(), severity}][op.get()].push_back(
-        std::prev(data.messages.end()));
+    data.Add(std::move(message), op, port, text, severity);
     data.messagesChanged();
 }
 
@@ -215,20 +269,16 @@ void MessageManager::AddMessage(const std::shared_ptr<Operator>& op,
 
 void MessageManager::ClearMessages() {
     exclusiveSection section(*messageData);
-    messageData->messages.clear();
-    messageData->index.clear();
+    messageData->Clear();
     messageData->messagesChanged();
 }
 
 std::vector<std::shared_ptr<MessageManager::Message>> MessageManager::GetMessages() const {
     const auto& data = *messageData;
-    auto copy = [&data] {
-        return std::vector<std::shared_ptr<Message>>(data.messages.begin(), data.messages.end());
-    };
     // On the writer's own thread the exclusive lock is already held by this very call chain.
-    if (data.writer.load() == std::this_thread::get_id()) return copy();
+    if (data.writer.load() == std::this_thread::get_id()) return data.Copy();
     std::shared_lock guard(data.lock);
-    return copy();
+    return data.Copy();
 }
 
 std::shared_ptr<void> MessageManager::AddMessagesChangedCB(const std::function<void()>& fn) {

@@ -48,6 +48,9 @@ public:
         Velmar::Lattix::Issue::Severity GetSeverity() const;
 
     private:
+        // The manager's record reads the stored text in place when it looks for repeats.
+        friend struct quarn::modelgui::messageData;
+
         std::weak_ptr<Velmar::Lattix::Operator> op;
         std::weak_ptr<Velmar::Lattix::Port> port;
         std::wstring text;
