@@ -126,6 +126,20 @@ std::shared_ptr<Port> Model::AliasPort(const std::shared_ptr<Port>& innerPort,
     return modelPort;
 }
 
+std::shared_ptr<PortConnection> Model::ConnectPort(const std::shared_ptr<Port>& modelPort,
+                                                   const std::shared_ptr<Port>& innerPort) {
+    if (!modelPort || modelPort->TryGetOperator().get() != this)
+        QUARN_THROW(L"Model \"" + GetDisplayName() +
+                    L"\": the port to link is not one of its own ports.");
+    AliasPort(innerPort, modelPort->GetName());
+    for (const auto& connection : modelPort->GetConnections())
+        if (connection->IsInnerAlias() &&
+            (connection->GetChildPort() == innerPort || connection->GetParentPort() == innerPort))
+            return connection;
+    QUARN_THROW(L"Model \"" + GetDisplayName() + L"\": the alias of port \"" +
+                innerPort->GetName() + L"\" was not made.");
+}
+
 std::shared_ptr<Port> Model::GetAliasedPort(const std::shared_ptr<Port>& innerPort) const {
     if (!innerPort) return nullptr;
     auto aliasing = innerPort->GetAliasingPort();

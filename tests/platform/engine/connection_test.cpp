@@ -148,6 +148,20 @@ TEST(AliasTest, ModelInputFeedsAnInnerPortAndBack) {
     EXPECT_EQ(model->GetPortConnections().size(), 1u) << "B's alias is left";
 }
 
+TEST(AliasTest, ConnectPortLinksAnExistingModelPort) {
+    auto model = std::make_shared<Model>();
+    auto a = AddOperator(model, L"A", {Type(L"TAMARIN.Int")}, {Type(L"TAMARIN.Int")});
+    auto given = model->AddNewPort(L"Given", PortDirection::Input);
+    auto link = model->ConnectPort(given, a->GetPort(L"In"));
+    ASSERT_TRUE(link);
+    EXPECT_TRUE(link->IsInnerAlias());
+    EXPECT_EQ(link->GetParentPort(), given);
+    EXPECT_EQ(link->GetChild(), a);
+    EXPECT_EQ(given->GetSupportedDataTypes(), std::vector<ObjectName>{Type(L"TAMARIN.Int")});
+    auto foreign = Port::Create(L"Loose", PortDirection::Input);
+    EXPECT_THROW(model->ConnectPort(foreign, a->GetPort(L"Out")), QuarnLog::Exception);
+}
+
 TEST(AliasTest, PortsOutsideTheModelOrAlreadyAliasedAreRefused) {
     auto model = std::make_shared<Model>();
     auto other = std::make_shared<Model>();

@@ -59,6 +59,11 @@ public:
     // port, or a model port of the other direction. Answers the model port.
     std::shared_ptr<Port> AliasPort(const std::shared_ptr<Port>& innerPort,
                                     const std::wstring& name);
+    // Links an existing model port of this model with innerPort (the alias of AliasPort, made
+    // under the model port's name) and answers that alias link. modelPort must be one of this
+    // model's ports; otherwise as AliasPort.
+    std::shared_ptr<PortConnection> ConnectPort(const std::shared_ptr<Port>& modelPort,
+                                                const std::shared_ptr<Port>& innerPort);
     // The model port that aliases innerPort, or null.
     std::shared_ptr<Port> GetAliasedPort(const std::shared_ptr<Port>& innerPort) const;
     // The open input ports: the model's own input ports that are not private, then every input
