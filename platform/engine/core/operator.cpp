@@ -248,7 +248,7 @@ void Operator::SetProcess(const std::shared_ptr<Model>& process) {
 
 std::shared_ptr<Model> Operator::GetMainProcess() const {
     std::shared_ptr<Model> top;
-    auto self = std::const_pointer_cast<Operator>(shared_from_this());
+    auto self = std::const_pointer_cast<Operator>(weak_from_this().lock());
     if (auto model = std::dynamic_pointer_cast<Model>(self)) top = model;
     // Bounded walk: AddOperator refuses cycles, the bound keeps a damaged tree from hanging.
     auto process = GetProcess();
@@ -424,7 +424,7 @@ void Operator::AddMessage(const std::shared_ptr<Port>& port, const std::wstring&
                        messages.end());
         messages.push_back(OperatorMessage{port, text, helpKey, severity});
     }
-    DeliverMessage(shared_from_this(), port, text, helpKey, severity);
+    DeliverMessage(weak_from_this().lock(), port, text, helpKey, severity);
 }
 
 void Operator::ClearMessages() {

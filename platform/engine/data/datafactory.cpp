@@ -123,6 +123,14 @@ std::shared_ptr<Data> DataFactory::FromString(const ObjectName& type, const std:
 }
 
 std::shared_ptr<Data> DataFactory::FromTypedJson(const JsonValue& typed) {
+    // Lists and dictionaries read their items through here: bound the nesting so that a hostile
+    // document cannot exhaust the stack.
+    constexpr int maximumDepth = 64;
+    thread_local int depth = 0;
+    if (depth >= maximumDepth)
+        QUARN_THROW("Typed values nest deeper than " + std::to_string(maximumDepth) + " levels.");
+    ++depth;
+    std::shared_ptr<void> leave(nullptr, [](void*) { --depth; });
     const auto& json = typed.GetJson();
     if (!json.is_object() || !json.contains("type") || !json["type"].is_string() ||
         !json.contains("value"))
