@@ -184,6 +184,11 @@ void BM_Layout(benchmark::State& state) {
     state.counters["dot_ms"] = dot;
     state.counters["vs_dot"] = dot > 0 ? best / dot : -1;
 }
-BENCHMARK(BM_Layout)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_Layout)
+    ->Arg(100)
+    ->Arg(1000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->MinTime(2.0);
 
 }  // namespace
