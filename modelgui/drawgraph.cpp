@@ -469,8 +469,10 @@ void DrawGraph::DrawProcess(const std::shared_ptr<ZML::FlowGraphPart>& canvas,
     pass.showPortNames = canvas->GetShowPortNames();
     pass.developmentInfo = qzml_ShowDevelopmentInfo();
 
-    DrawModelPorts(pass);
     const auto operators = model->GetOperators();
+    pass.operatorNodes.reserve(operators.size());
+    pass.operatorPortPoints.reserve(operators.size() * 4);
+    DrawModelPorts(pass);
     for (const auto& op : operators) {
         AddOperatorToFlowGraph(pass, op);
     }
