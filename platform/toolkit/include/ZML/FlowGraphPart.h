@@ -27,7 +27,8 @@ struct flowGraphPartData;
 //
 // Two kinds of callers change it:
 // - the program (AddNode, AddConnection, RemoveConnection, ...) — these never call the host's
-//   gesture callbacks, only the OnChange observers;
+//   gesture callbacks, only the OnChange observers (Layout alone also reports the nodes it
+//   moved, see there);
 // - the user, through the gesture operations (UserConnect, UserRemoveConnection, UserMoveNodes,
 //   UserDeleteSelection, ...) — these check the rules, refuse everything that edits while the
 //   canvas is read-only, and tell the host through OnConnectionAdded, OnConnectionRemoved,
