@@ -131,8 +131,8 @@ public:
     bool RemoveInnerAliasedPort(const std::shared_ptr<Port>& innerPort);
     std::shared_ptr<Port> GetAliasingPort() const;
 
-    // Copies everything but the name, the owner and the links: flags, description, types, values
-    // (cloned), attributes and data attributes.
+    // Copies everything but the name, the owner and the links: direction, flags (hidden only while
+    // unlinked), description, keywords, types, values (cloned), attributes and data attributes.
     void CopyContentsFrom(const Port& other);
 
 private:
