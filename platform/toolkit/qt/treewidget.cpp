@@ -108,15 +108,49 @@ std::shared_ptr<TreeViewNode> TreeWidget::NodeOf(QTreeWidgetItem* item) const {
     return found == nodes.end() ? nullptr : found->second.lock();
 }
 
+namespace {
+
+void Collect(const std::shared_ptr<TreeViewNode>& node, int depth,
+             std::vector<std::pair<const TreeViewNode*, int>>& into) {
+    into.emplace_back(node.get(), depth);
+    for (const auto& child : node->Children()) {
+        Collect(child, depth + 1, into);
+    }
+}
+
+}  // namespace
+
 void TreeWidget::Rebuild() {
     auto held = tree.lock();
-    syncing = true;
-    clear();
-    nodes.clear();
+    std::vector<std::pair<const TreeViewNode*, int>> wanted;
     if (held) {
         for (const auto& root : held->GetRootNodes()) {
-            AddItems(held, root, nullptr);
+            Collect(root, 0, wanted);
         }
+    }
+    syncing = true;
+    if (held && wanted == shown) {
+        for (const auto& [item, weak] : nodes) {
+            auto node = weak.lock();
+            if (!node) {
+                continue;
+            }
+            item->setText(0, ToQString(node->Text()));
+            item->setExpanded(node->IsExpanded());
+            // Icons may show whether a node is open.
+            const std::wstring icon = held->PropertiesFor(node)->GetIconName(node);
+            item->setIcon(0,
+                          icon.empty() ? QIcon() : QIcon(QPixmap::fromImage(IconImage(icon, 16))));
+        }
+    } else {
+        clear();
+        nodes.clear();
+        if (held) {
+            for (const auto& root : held->GetRootNodes()) {
+                AddItems(held, root, nullptr);
+            }
+        }
+        shown = std::move(wanted);
     }
     syncing = false;
     SyncSelection();

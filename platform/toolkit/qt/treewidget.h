@@ -3,6 +3,8 @@
 #include <QTreeWidget>
 #include <memory>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "ZML/TreeView.h"
 
@@ -16,7 +18,9 @@ public:
     // `tree` is observed, not owned.
     TreeWidget(std::weak_ptr<ZML::TreeView> tree, QWidget* parent);
 
-    // Rebuilds the items from the part.
+    // Brings the items in step with the part: texts, icons, open nodes and selection in place
+    // while the nodes are the same (so that items outlive the signals that changed them), a new
+    // set of items when nodes were added, removed or replaced.
     void Rebuild();
     // Copies the part's selection into the items.
     void SyncSelection();
@@ -32,6 +36,8 @@ private:
 
     std::weak_ptr<ZML::TreeView> tree;
     std::unordered_map<QTreeWidgetItem*, std::weak_ptr<ZML::TreeViewNode>> nodes;
+    // The nodes the items show, depth first, with their depths.
+    std::vector<std::pair<const ZML::TreeViewNode*, int>> shown;
     bool syncing = false;
 };
 

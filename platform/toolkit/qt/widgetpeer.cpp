@@ -91,12 +91,9 @@ protected:
         if (old.width <= 0 || old.height <= 0 || (old.width == width && old.height == height)) {
             return;
         }
-        Guarded("ZML::Qt6::FrameDialog::resizeEvent", [&] {
-            for (const auto& child : held->Children()) {
-                child->ParentResized(old.width, old.height, width, height);
-            }
-            held->GeometrySet(old.x, old.y, width, height);
-        });
+        // Setting the frame's size lays its parts out by their locks.
+        Guarded("ZML::Qt6::FrameDialog::resizeEvent",
+                [&] { held->GeometrySet(old.x, old.y, width, height); });
     }
 
 private:

@@ -6,6 +6,8 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QSplitter>
 #include <QTest>
 #include <QTimer>
 #include <QTreeWidget>
@@ -19,7 +21,9 @@
 #include "ZML/Label.h"
 #include "ZML/Number.h"
 #include "ZML/PopupList.h"
+#include "ZML/ScrollGroup.h"
 #include "ZML/ScrollList.h"
+#include "ZML/SplitPanel.h"
 #include "ZML/TreeView.h"
 #include "ZML/TreeViewNode.h"
 #include "ZMLQt/CanvasView.h"
@@ -272,4 +276,54 @@ TEST_F(BackendTest, TreeViewShowsNodesAndTakesClicks) {
     tree->AddNode(std::make_shared<ZML::TreeViewNode>(L"Focal"));
     tree->ComputeSizeAndRedraw();
     EXPECT_EQ(widget->topLevelItemCount(), 2);
+}
+
+TEST_F(BackendTest, ContainersTitlesAndLocksLayOutTheWindow) {
+    auto frame = std::make_shared<ZML::Frame>("layout");
+    frame->GeometrySet(0, 0, 400, 300);
+    frame->ResizableSet(true);
+    auto split = std::make_shared<ZML::SplitPanel>("split");
+    split->GeometrySet(0, 0, 200, 150);
+    split->Add(std::make_shared<ZML::Label>("first"));
+    split->Add(std::make_shared<ZML::Label>("second"));
+    frame->Add(split);
+    auto scroll = std::make_shared<ZML::ScrollGroup>("scroll");
+    scroll->GeometrySet(0, 160, 200, 100);
+    auto far = std::make_shared<ZML::Label>("far");
+    far->GeometrySet(10, 500, 50, 20);
+    scroll->Add(far);
+    frame->Add(scroll);
+    auto edit = std::make_shared<ZML::EditText>("path");
+    edit->GeometrySet(260, 20, 100, 24);
+    edit->TitleSet(L"Path:");
+    edit->TitleWhereSet(ZML::TitleLeft);
+    edit->TitleOffsetSet(6);
+    edit->LockSet(ZML::LockRight | ZML::LockTop);
+    frame->Add(edit);
+
+    QWidget* window = WidgetOf(frame);
+    auto* splitter = window->findChild<QSplitter*>("split");
+    ASSERT_NE(splitter, nullptr);
+    EXPECT_EQ(splitter->count(), 2);
+    auto* area = window->findChild<QScrollArea*>("scroll");
+    ASSERT_NE(area, nullptr);
+    EXPECT_EQ(area->widget()->findChild<QLabel*>("far")->parentWidget(), area->widget());
+    EXPECT_GE(area->widget()->height(), 520) << "the scrolled area holds every child";
+
+    auto* field = window->findChild<QLineEdit*>("path");
+    QLabel* title = nullptr;
+    for (auto* label : window->findChildren<QLabel*>()) {
+        if (label->text() == "Path:") {
+            title = label;
+        }
+    }
+    ASSERT_NE(title, nullptr);
+    EXPECT_EQ(title->geometry().right() + 1 + 6, field->geometry().left()) << "left of the field";
+
+    window->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window));
+    window->resize(500, 300);
+    EXPECT_EQ(edit->Geometry().x, 360) << "locked right, it keeps its distance to the right edge";
+    EXPECT_EQ(field->geometry().x(), 360);
+    EXPECT_EQ(title->geometry().right() + 1 + 6, 360) << "the title follows";
 }
