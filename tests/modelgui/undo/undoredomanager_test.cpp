@@ -2,9 +2,17 @@
 // snapshot files on disk, and what is left after a save or an open that fails.
 #include <gtest/gtest.h>
 
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -355,6 +363,69 @@ TEST_F(UndoTest, FailingOpenLeavesTheIndexMoved) {
     manager.Redo(model, state);
     EXPECT_EQ(model->GetProcessName(), L"m2");
     EXPECT_EQ(Describe(state), L"m2");
+}
+
+// In a child process whose getrandom calls fail with EIO: a recording raises the random source's
+// error naming the call, records nothing, and has already dropped the redo steps. Answers what
+// went wrong, or an empty text.
+std::string RecordWithoutRandomness() {
+    UndoRedoManager manager;
+    manager.ModelChanged(Named(L"m1"), State(L"m1"));
+    manager.ModelChanged(Named(L"m2"), State(L"m2"));
+    std::shared_ptr<Model> model;
+    std::shared_ptr<ModelState> state;
+    manager.Undo(model, state);
+
+    sock_filter filter[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_getrandom, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | (EIO & SECCOMP_RET_DATA)),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    sock_fprog program{static_cast<unsigned short>(std::size(filter)), filter};
+    if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
+        ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0)
+        return "cannot install the seccomp filter";
+
+    try {
+        manager.ModelChanged(Named(L"m3"), State(L"m3"));
+        return "the recording did not fail";
+    } catch (const QuarnLog::Exception& e) {
+        if (std::string(e.what()).find("getrandom") == std::string::npos)
+            return std::string("the error does not name getrandom: ") + e.what();
+    }
+    if (manager.CanRedo()) return "the redo step is still there";
+    manager.Undo(model, state);
+    if (model->GetProcessName() != L"" || Describe(state) != L"m1")
+        return "the history moved or grew";
+    return {};
+}
+
+TEST_F(UndoTest, FailingRandomSourceRecordsNothing) {
+    int report[2];
+    ASSERT_EQ(::pipe(report), 0);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        ::close(report[0]);
+        std::string problem;
+        try {
+            problem = RecordWithoutRandomness();
+        } catch (const std::exception& e) {
+            problem = std::string("unexpected error: ") + e.what();
+        }
+        if (!problem.empty()) (void)!::write(report[1], problem.data(), problem.size());
+        ::_exit(problem.empty() ? 0 : 1);
+    }
+    ::close(report[1]);
+    std::string problem;
+    char buffer[256];
+    for (ssize_t got; (got = ::read(report[0], buffer, sizeof buffer)) > 0;)
+        problem.append(buffer, static_cast<std::size_t>(got));
+    ::close(report[0]);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << problem;
 }
 
 TEST_F(UndoTest, MissingModelIsRefusedBeforeAnythingChanges) {
