@@ -17,6 +17,7 @@
 #include "Velmar/Lattix/Operator.h"
 #include "Velmar/Lattix/OperatorFactory.h"
 #include "Velmar/Lattix/Port.h"
+#include "ZML/Event.h"
 #include "ZML/FlowGraphPart.h"
 #include "modelgui/AddConnection.h"
 #include "modelgui/DrawGraph.h"
@@ -47,6 +48,7 @@ struct EditorHostRecord {
     std::vector<std::string> gestureErrors;
     // Released first when the host goes, so that no canvas report reaches a host being taken down.
     std::vector<ZML::FlowGraphPart::Token> canvasTokens;
+    std::vector<ZML::HandlerId> mouseHandlers;
 };
 
 namespace {
@@ -119,9 +121,18 @@ EditorHost::EditorHost(std::shared_ptr<ZML::FlowGraphPart> canvas)
                 }
             });
         }));
+    // The canvas's mouse codes go on, unchanged, to whoever listens through the control's table.
+    for (const char* name : {"mousedown", "mouseup", "doubleclick"}) {
+        editorHostData->mouseHandlers.push_back(
+            canvas->OnMessage(name, [](const ZML::Event& event) {
+                QuarnLog::ErrorContext context("lattix::modeler::EditorHost::MouseEvent", __FILE__);
+                context.Run([&] { CallMouseEventCB(static_cast<std::uint32_t>(event.key)); });
+            }));
+    }
 }
 
 EditorHost::~EditorHost() {
+    for (const auto id : editorHostData->mouseHandlers) GetFlowGraphPart()->RemoveMessage(id);
     editorHostData->canvasTokens.clear();
     editorHostData->stateChanged = nullptr;
     GetMessageManager()->UpdateProcess(nullptr);
@@ -287,6 +298,8 @@ void EditorHost::ChangeCompleted(bool batch, bool changed) {
     if (data.batchDepth > 0 || !data.pendingChange) return;
     data.pendingChange = false;
     GetUndoRedoManager()->ModelChanged(data.model, nullptr);
+    // Operators added by the change report to the message list from now on.
+    GetMessageManager()->UpdateProcess(data.model);
     data.modified = true;
     Notify(data);
 }

@@ -157,6 +157,22 @@ TEST_F(EditorTest, UndoAfterAMouseDragRestoresThePreviousModel) {
     EXPECT_EQ(x, start.x + 60);
 }
 
+// Clicks on the canvas reach the control's mouse-event table with the canvas's own codes.
+TEST_F(EditorTest, CanvasClicksReachTheMouseEventTable) {
+    ASSERT_TRUE(window->OpenFile(QStringLiteral(LATTIX_SOURCE_DIR "/examples/if-else.gmdx")));
+    window->Screenshot(QSize(1100, 720));
+    std::vector<std::uint32_t> codes;
+    int owner = 0;
+    mg::SolutionBuilderControl::AddMouseEventCB(&owner,
+                                                [&](std::uint32_t code) { codes.push_back(code); });
+    const auto node = NodeOf(Host().GetModel()->GetOperators().front());
+    QTest::mouseClick(window->View()->viewport(), Qt::LeftButton, Qt::NoModifier,
+                      Inside(*window->View(), *node));
+    mg::SolutionBuilderControl::RemoveMouseEventCB(&owner);
+    ASSERT_EQ(codes.size(), 2u) << "mousedown and mouseup";
+    EXPECT_EQ(Host().GetFlowGraphPart()->GetSelectedNodes().size(), 1u);
+}
+
 // Deleting a selection with the key removes operators and their links as one change.
 TEST_F(EditorTest, DeleteKeyIsOneUndoableChange) {
     ASSERT_TRUE(
