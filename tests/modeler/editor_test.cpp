@@ -2,13 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
 #include <QFile>
 #include <QFileInfo>
 #include <QGraphicsItem>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMessageBox>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <memory>
 
 #include "EditorHost.h"
@@ -62,6 +65,16 @@ void Drag(QWidget* viewport, QPoint from, QPoint to, int steps = 4) {
     QTest::mousePress(viewport, Qt::LeftButton, Qt::NoModifier, from);
     for (int i = 1; i <= steps; ++i) QTest::mouseMove(viewport, from + (to - from) * i / steps);
     QTest::mouseRelease(viewport, Qt::LeftButton, Qt::NoModifier, to);
+}
+
+// Answers the next message box with `button`, remembering its text.
+void AnswerNextMessageBox(QMessageBox::StandardButton button, QString& text) {
+    QTimer::singleShot(0, [button, &text] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box) return;
+        text = box->text();
+        box->button(button)->click();
+    });
 }
 
 class EditorTest : public ::testing::Test {
@@ -247,6 +260,23 @@ TEST_F(EditorTest, OpenSaveRoundTrip) {
         EXPECT_EQ(Text(Host().GetModel()), opened);
         EXPECT_EQ(MainWindow::RecentFiles().value(0), QFileInfo(copy).absoluteFilePath());
     }
+}
+
+// Closing with unsaved changes asks first: Cancel keeps the window, Discard lets it close.
+TEST_F(EditorTest, ClosingWithChangesAsksToSaveThem) {
+    window->show();
+    EXPECT_TRUE(window->MaybeSave()) << "nothing to ask about yet";
+    Host().AddTextAnnotation(L"Unsaved", 10, 10);
+    ASSERT_TRUE(Host().IsModified());
+    QString asked;
+    AnswerNextMessageBox(QMessageBox::Cancel, asked);
+    EXPECT_FALSE(window->close());
+    EXPECT_EQ(asked, QStringLiteral("Save changes?"));
+    EXPECT_TRUE(window->isVisible());
+    asked.clear();
+    AnswerNextMessageBox(QMessageBox::Discard, asked);
+    EXPECT_TRUE(window->close());
+    EXPECT_EQ(asked, QStringLiteral("Save changes?"));
 }
 
 TEST_F(EditorTest, AFileThatCannotBeOpenedLeavesTheModelShown) {
