@@ -1,4 +1,5 @@
 #include <QComboBox>
+#include <QDesktopServices>
 #include <QDialog>
 #include <QInputDialog>
 #include <QLabel>
@@ -9,10 +10,12 @@
 #include <QScrollArea>
 #include <QSplitter>
 #include <QTest>
+#include <QTextBrowser>
 #include <QTimer>
 #include <QTreeWidget>
 #include <functional>
 
+#include "QuarnLog/ErrorContext.h"
 #include "ZML/Button.h"
 #include "ZML/Dialog.h"
 #include "ZML/EditText.h"
@@ -30,6 +33,7 @@
 #include "ZMLQt/QtBackend.h"
 #include "qttestkit.h"
 #include "qzml/Dialogs.h"
+#include "qzml/Help.h"
 
 using ZML::Qt6::WidgetOf;
 
@@ -326,4 +330,26 @@ TEST_F(BackendTest, ContainersTitlesAndLocksLayOutTheWindow) {
     EXPECT_EQ(edit->Geometry().x, 360) << "locked right, it keeps its distance to the right edge";
     EXPECT_EQ(field->geometry().x(), 360);
     EXPECT_EQ(title->geometry().right() + 1 + 6, 360) << "the title follows";
+}
+
+TEST_F(BackendTest, HelpPagesOpenWithTheDesktopServices) {
+    // A text browser stands in for the desktop's viewer: its setSource slot receives the address.
+    QTextBrowser viewer;
+    QDesktopServices::setUrlHandler("file", &viewer, "setSource");
+    struct Case {
+        const wchar_t* key;
+        const char* page;
+        bool found;
+    };
+    for (const Case& c : {Case{L"index", "/LXL/index.html", true},
+                          Case{L"tamarin_focalmean", "/LXL/tamarin_focalmean.html", true},
+                          Case{L"no_such_topic", "/LXL/missing.html", false}}) {
+        SCOPED_TRACE(c.page);
+        QuarnLog::ErrorContext errors("open help");
+        EXPECT_EQ(qzml_LXHelp(L"LXL", c.key, L"", errors) != 0, c.found);
+        EXPECT_EQ(errors.HasErrors(), !c.found);
+        EXPECT_TRUE(viewer.source().path().endsWith(c.page))
+            << viewer.source().toString().toStdString();
+    }
+    QDesktopServices::unsetUrlHandler("file");
 }

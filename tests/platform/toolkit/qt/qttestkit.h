@@ -21,9 +21,12 @@ class ApplicationEnvironment : public ::testing::Environment {
 public:
     void SetUp() override {
         // Headless unless the caller chose a platform (the clipboard test between processes runs
-        // under a private X server).
+        // under a private X server), with the source tree's resources.
         if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
             qputenv("QT_QPA_PLATFORM", "offscreen");
+        }
+        if (qEnvironmentVariableIsEmpty("LATTIX_RESOURCE_PATH")) {
+            qputenv("LATTIX_RESOURCE_PATH", LATTIX_SOURCE_DIR "/resources");
         }
         static int argc = 1;
         static char name[] = "zml_qt_tests";
