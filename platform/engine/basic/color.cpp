@@ -32,7 +32,8 @@ Color::Color(double red, double green, double blue)
           colorRecord{Checked(red, "red"), Checked(green, "green"), Checked(blue, "blue")})) {}
 
 ObjectName Color::DefaultTypeName() {
-    return ObjectName(L"TAMARIN", L"Color");
+    static const ObjectName name(L"TAMARIN", L"Color");
+    return name;
 }
 double Color::GetRed() const {
     return colorData->red;

@@ -44,6 +44,7 @@ void Model::AddOperator(const std::shared_ptr<Operator>& op) {
         QUARN_THROW(L"Operator \"" + op->GetDisplayName() + L"\" already belongs to model \"" +
                     owner->GetDisplayName() + L"\".");
     modelData->operators.push_back(op);
+    modelData->members.insert(op.get());
     op->SetProcess(self);
 }
 
@@ -52,8 +53,7 @@ void Model::AddSubModel(const std::shared_ptr<Model>& subModel) {
 }
 
 bool Model::ContainsOperator(const std::shared_ptr<Operator>& op) const {
-    const auto& ops = modelData->operators;
-    return op && std::find(ops.begin(), ops.end(), op) != ops.end();
+    return op && modelData->members.count(op.get()) != 0;
 }
 
 bool Model::RemoveOperator(const std::shared_ptr<Operator>& op) {
@@ -68,6 +68,7 @@ bool Model::RemoveOperator(const std::shared_ptr<Operator>& op) {
     for (const auto& parent : op->GetParents()) op->RemoveParent(parent);
     auto& ops = modelData->operators;
     ops.erase(std::remove(ops.begin(), ops.end(), op), ops.end());
+    modelData->members.erase(op.get());
     op->SetProcess(nullptr);
     return true;
 }

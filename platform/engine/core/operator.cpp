@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <type_traits>
 
 #include "QuarnLog/Exception.h"
 #include "QuarnLog/Log.h"
@@ -11,6 +12,11 @@
 #include "core/records.h"
 
 namespace Velmar::Lattix {
+
+std::shared_ptr<const std::wstring> DefaultColorCategory() {
+    static const auto shared = std::make_shared<const std::wstring>(L"Default");
+    return shared;
+}
 
 Operator::Operator() : Operator(L"TAMARIN", L"Operator") {}
 
@@ -34,41 +40,41 @@ void Operator::SetOperatorName(const ObjectName& name) {
     operatorData->name = name;
 }
 std::wstring Operator::GetDisplayName() const {
-    return operatorData->displayName.empty() ? operatorData->name.GetName()
-                                             : operatorData->displayName;
+    const auto& displayName = operatorData->displayName.Get();
+    return displayName.empty() ? operatorData->name.GetName() : displayName;
 }
 void Operator::SetDisplayName(const std::wstring& displayName) {
-    operatorData->displayName = displayName;
+    operatorData->displayName.Set(displayName);
 }
 std::wstring Operator::GetDescription() const {
-    return operatorData->description;
+    return operatorData->description.Get();
 }
 void Operator::SetDescription(const std::wstring& description) {
-    operatorData->description = description;
+    operatorData->description.Set(description);
 }
 std::wstring Operator::GetIcon() const {
-    return operatorData->icon;
+    return operatorData->icon.Get();
 }
 void Operator::SetIcon(const std::wstring& icon) {
-    operatorData->icon = icon;
+    operatorData->icon.Set(icon);
 }
 std::wstring Operator::GetDisplayCategory() const {
-    return operatorData->displayCategory;
+    return operatorData->displayCategory.Get();
 }
 void Operator::SetDisplayCategory(const std::wstring& category) {
-    operatorData->displayCategory = category;
+    operatorData->displayCategory.Set(category);
 }
 std::wstring Operator::GetColorCategory() const {
-    return operatorData->colorCategory;
+    return operatorData->colorCategory.Get();
 }
 void Operator::SetColorCategory(const std::wstring& category) {
-    operatorData->colorCategory = category;
+    operatorData->colorCategory.Set(category);
 }
 std::vector<std::wstring> Operator::GetKeywords() const {
-    return operatorData->keywords;
+    return operatorData->keywords.Get();
 }
 void Operator::SetKeywords(const std::vector<std::wstring>& keywords) {
-    operatorData->keywords = keywords;
+    operatorData->keywords.Set(keywords);
 }
 bool Operator::IsUsableInExpression() const {
     return operatorData->usableInExpression;
@@ -77,10 +83,10 @@ void Operator::SetUsableInExpression(bool usable) {
     operatorData->usableInExpression = usable;
 }
 std::vector<std::wstring> Operator::GetSyntaxForms() const {
-    return operatorData->syntaxForms;
+    return operatorData->syntaxForms.Get();
 }
 void Operator::SetSyntaxForms(const std::vector<std::wstring>& forms) {
-    operatorData->syntaxForms = forms;
+    operatorData->syntaxForms.Set(forms);
 }
 std::wstring Operator::GetUri() const {
     return operatorData->uri;
@@ -89,27 +95,66 @@ void Operator::SetUri(const std::wstring& uri) {
     operatorData->uri = uri;
 }
 
-void Operator::ApplyDefinition(const OperatorDefinition& definition) {
-    auto& record = *operatorData;
+namespace {
+
+void CopyIdentity(operatorRecord& record, const OperatorDefinition& definition) {
     record.name = definition.name;
-    record.displayName = definition.displayName;
-    record.description = definition.description;
-    record.displayCategory = definition.displayCategory;
-    record.colorCategory = definition.colorCategory;
-    record.icon = definition.icon;
-    record.keywords = definition.keywords;
+    record.displayName.Set(definition.displayName);
+    record.description.Set(definition.description);
+    record.displayCategory.Set(definition.displayCategory);
+    record.colorCategory.Set(definition.colorCategory);
+    record.icon.Set(definition.icon);
+    record.keywords.Set(definition.keywords);
     record.usableInExpression = definition.usableInExpression;
-    record.syntaxForms = definition.syntaxForms;
-    record.declaredPorts = definition.ports;
+    record.syntaxForms.Set(definition.syntaxForms);
+}
+
+// Points the texts at the definition itself (it never changes once registered).
+void ShareIdentity(operatorRecord& record,
+                   const std::shared_ptr<const OperatorDefinition>& definition) {
+    auto part = [&definition](const auto& member) {
+        using T = std::remove_cvref_t<decltype(member)>;
+        return std::shared_ptr<const T>(definition, &member);
+    };
+    record.name = definition->name;
+    record.displayName.Share(part(definition->displayName));
+    record.description.Share(part(definition->description));
+    record.displayCategory.Share(part(definition->displayCategory));
+    record.colorCategory.Share(part(definition->colorCategory));
+    record.icon.Share(part(definition->icon));
+    record.keywords.Share(part(definition->keywords));
+    record.usableInExpression = definition->usableInExpression;
+    record.syntaxForms.Share(part(definition->syntaxForms));
+}
+
+}  // namespace
+
+void Operator::ApplyDefinition(const OperatorDefinition& definition) {
+    CopyIdentity(*operatorData, definition);
+    operatorData->declaredPorts =
+        std::make_shared<const std::vector<PortDefinition>>(definition.ports);
     Initialize();
 }
 
+void LinkAccess::ApplySharedDefinition(
+    Operator& op, const std::shared_ptr<const OperatorDefinition>& definition) {
+    auto& record = Of(op);
+    ShareIdentity(record, definition);
+    record.declaredPorts =
+        std::shared_ptr<const std::vector<PortDefinition>>(definition, &definition->ports);
+    op.Initialize();
+}
+
 std::vector<PortDefinition> Operator::GetDeclaredPorts() const {
-    return operatorData->declaredPorts;
+    if (!operatorData->declaredPorts) return {};
+    return *operatorData->declaredPorts;
 }
 
 void Operator::Initialize() {
-    for (const auto& declared : operatorData->declaredPorts) {
+    if (!operatorData->declaredPorts) return;
+    // Hold the definitions: a derived Initialize may apply another definition meanwhile.
+    auto declaredPorts = operatorData->declaredPorts;
+    for (const auto& declared : *declaredPorts) {
         if (GetPort(declared.name)) continue;
         auto port = AddPort(declared.name, declared.direction);
         port->SetSupportedTypes(declared.types);

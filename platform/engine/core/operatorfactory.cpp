@@ -11,6 +11,7 @@
 #include "QuarnLog/Log.h"
 #include "QuarnLog/UnthrownException.h"
 #include "Velmar/Lattix/Model.h"
+#include "core/records.h"
 #include "core/textutil.h"
 #include "operators/catalogue.h"
 #include "qtxt/Text.h"
@@ -37,7 +38,9 @@ struct userOperator {
 
 struct operatorFactoryRecord {
     std::mutex lock;
-    std::map<ObjectName, OperatorDefinition> builtIns;
+    // Definitions never change once registered (Register replaces them whole), so operators
+    // made from them share them instead of copying.
+    std::map<ObjectName, std::shared_ptr<const OperatorDefinition>> builtIns;
     std::map<ObjectName, std::shared_ptr<PluginTypeInfo>> builtInInfos;
     std::map<ObjectName, userOperator> userOperators;
     std::wstring folderOverride;
@@ -74,21 +77,26 @@ operatorFactoryRecord& Registry() {
     std::call_once(once, [] {
         for (auto& definition : detail::BuiltInOperators()) {
             registry.builtInInfos[definition.name] = InfoOf(definition);
-            registry.builtIns[definition.name] = std::move(definition);
+            auto name = definition.name;
+            registry.builtIns[name] =
+                std::make_shared<const OperatorDefinition>(std::move(definition));
         }
     });
     return registry;
 }
 
+// Read on every query (the environment may change), so kept to plain string work: it runs for
+// every operator made outside a held rescan.
 std::wstring DefaultUserFolder() {
-    fs::path base;
+    std::string base;
     if (const char* data = std::getenv("XDG_DATA_HOME"); data && *data)
         base = data;
     else if (const char* home = std::getenv("HOME"); home && *home)
-        base = fs::path(home) / ".local" / "share";
+        base = std::string(home) + "/.local/share";
     else
-        base = fs::temp_directory_path();
-    return qtxt::widen((base / "lattix" / "operators").string());
+        base = fs::temp_directory_path().string();
+    if (base.empty() || base.back() != '/') base += '/';
+    return qtxt::widen(base + "lattix/operators");
 }
 
 std::wstring FileUri(const std::wstring& path) {
@@ -275,7 +283,7 @@ bool OperatorFactory::Rescan() {
 std::shared_ptr<Operator> OperatorFactory::TryCreate(const ObjectName& name) {
     auto& registry = Registry();
     Rescan();
-    OperatorDefinition definition;
+    std::shared_ptr<const OperatorDefinition> definition;
     userOperator user;
     UserOperatorLoader loader;
     bool builtIn = false;
@@ -293,8 +301,8 @@ std::shared_ptr<Operator> OperatorFactory::TryCreate(const ObjectName& name) {
         }
     }
     if (builtIn) {
-        auto op = definition.make ? definition.make() : std::make_shared<Operator>();
-        op->ApplyDefinition(definition);
+        auto op = definition->make ? definition->make() : std::make_shared<Operator>();
+        LinkAccess::ApplySharedDefinition(*op, definition);
         return op;
     }
     if (!loader) return nullptr;
@@ -406,7 +414,7 @@ bool OperatorFactory::IsExpressionFunction(const std::wstring& name) {
     auto& registry = Registry();
     std::lock_guard guard(registry.lock);
     for (const auto& [type, definition] : registry.builtIns) {
-        if (!definition.usableInExpression) continue;
+        if (!definition->usableInExpression) continue;
         if (type.GetName() == name || type.GetFullName() == name) return true;
     }
     return false;
@@ -440,7 +448,7 @@ void OperatorFactory::Register(const OperatorDefinition& definition) {
     auto& registry = Registry();
     {
         std::lock_guard guard(registry.lock);
-        registry.builtIns[definition.name] = definition;
+        registry.builtIns[definition.name] = std::make_shared<const OperatorDefinition>(definition);
         registry.builtInInfos[definition.name] = InfoOf(definition);
     }
     RunCallbacks(registry);

@@ -138,6 +138,7 @@ std::vector<ObjectName> Port::GetDeclaredSupportedTypes() const {
 }
 void Port::SetSupportedTypes(const std::vector<ObjectName>& types) {
     portData->supported.clear();
+    portData->supported.reserve(types.size());
     for (const auto& type : types) AddUnique(portData->supported, type);
 }
 void Port::AddSupportedType(const ObjectName& type) {
@@ -166,12 +167,24 @@ void Port::ClearExcludedTypes() {
 }
 
 bool Port::SupportsType(const ObjectName& type) const {
+    // Walks the lists in place: this runs for every value set, and GetSupportedDataTypes copies.
+    static const ObjectName generic = Data::DefaultTypeName();
     const auto& excluded = portData->excluded;
-    if (std::find(excluded.begin(), excluded.end(), type) != excluded.end()) return false;
-    auto types = GetSupportedDataTypes();
-    if (types.empty()) return true;
-    return std::find(types.begin(), types.end(), type) != types.end() ||
-           std::find(types.begin(), types.end(), Data::DefaultTypeName()) != types.end();
+    auto isExcluded = [&excluded](const ObjectName& candidate) {
+        return std::find(excluded.begin(), excluded.end(), candidate) != excluded.end();
+    };
+    if (isExcluded(type)) return false;
+    bool any = false;
+    bool acceptsAll = false;
+    for (const auto* list : {&portData->supported, &portData->extra}) {
+        for (const auto& candidate : *list) {
+            if (isExcluded(candidate)) continue;
+            if (candidate == type) return true;
+            any = true;
+            acceptsAll = acceptsAll || candidate == generic;
+        }
+    }
+    return !any || acceptsAll;
 }
 
 std::shared_ptr<Data> Port::GetExistingData(bool withDefault) const {

@@ -7,10 +7,12 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "Velmar/Lattix/Model.h"
 #include "Velmar/Lattix/Operator.h"
+#include "Velmar/Lattix/OperatorDefinition.h"
 #include "Velmar/Lattix/Port.h"
 #include "Velmar/Lattix/PortConnection.h"
 
@@ -50,18 +52,41 @@ struct messageCallbackEntry {
     Operator::MessageCallback fn;
 };
 
+// A value that the operators of one type share with their definition (or with each other) until
+// one of them is given its own: making an operator then copies no texts.
+template <typename T>
+class SharedValue {
+public:
+    SharedValue() = default;
+    explicit SharedValue(std::shared_ptr<const T> shared) : value(std::move(shared)) {}
+    const T& Get() const {
+        static const T empty{};
+        return value ? *value : empty;
+    }
+    void Set(T own) { value = std::make_shared<const T>(std::move(own)); }
+    void Share(std::shared_ptr<const T> shared) { value = std::move(shared); }
+
+private:
+    std::shared_ptr<const T> value;
+};
+
+// "Default", shared by every operator that keeps it.
+std::shared_ptr<const std::wstring> DefaultColorCategory();
+
 struct operatorRecord {
     ObjectName name;
-    std::wstring displayName;
-    std::wstring description;
-    std::wstring icon;
-    std::wstring displayCategory;
-    std::wstring colorCategory = L"Default";
-    std::vector<std::wstring> keywords;
+    SharedValue<std::wstring> displayName;
+    SharedValue<std::wstring> description;
+    SharedValue<std::wstring> icon;
+    SharedValue<std::wstring> displayCategory;
+    SharedValue<std::wstring> colorCategory{DefaultColorCategory()};
+    SharedValue<std::vector<std::wstring>> keywords;
     bool usableInExpression = false;
-    std::vector<std::wstring> syntaxForms;
+    SharedValue<std::vector<std::wstring>> syntaxForms;
     std::wstring uri;
-    std::vector<PortDefinition> declaredPorts;
+    // Shared with the factory's definition (never changed once made), so that creating an
+    // operator does not copy its port definitions.
+    std::shared_ptr<const std::vector<PortDefinition>> declaredPorts;
     std::vector<std::shared_ptr<Port>> ports;
     std::map<std::wstring, std::shared_ptr<Data>> attributes;
     std::vector<std::weak_ptr<Operator>> parents;
@@ -79,6 +104,8 @@ struct operatorRecord {
 
 struct modelRecord {
     std::vector<std::shared_ptr<Operator>> operators;
+    // The same operators, for a membership test that does not grow with the model.
+    std::unordered_set<const Operator*> members;
     bool readonly = false;
     bool locked = false;
     bool plainFormatForbidden = false;
@@ -100,6 +127,10 @@ struct LinkAccess {
                                                   bool innerAlias);
     // Removes every link and alias of a port.
     static void DetachAll(const std::shared_ptr<Port>& port);
+
+    // ApplyDefinition without copying: the operator keeps a share of the definition's ports.
+    static void ApplySharedDefinition(Operator& op,
+                                      const std::shared_ptr<const OperatorDefinition>& definition);
 
     static void Validate(Operator& op, const Port& port, const std::shared_ptr<Data>& data) {
         op.ValidatePortData(port, data);

@@ -27,7 +27,8 @@ StringListData::StringListData(std::vector<std::wstring> items)
     : stringListData(
           std::make_shared<stringListDataRecord>(stringListDataRecord{std::move(items)})) {}
 ObjectName StringListData::DefaultTypeName() {
-    return ObjectName(L"TAMARIN", L"StringList");
+    static const ObjectName name(L"TAMARIN", L"StringList");
+    return name;
 }
 std::vector<std::wstring> StringListData::GetValue() const {
     return stringListData->items;
@@ -152,7 +153,8 @@ ListData::ListData(std::vector<std::shared_ptr<Data>> items)
     SetItems(std::move(items));
 }
 ObjectName ListData::DefaultTypeName() {
-    return ObjectName(L"TAMARIN", L"List");
+    static const ObjectName name(L"TAMARIN", L"List");
+    return name;
 }
 std::vector<std::shared_ptr<Data>> ListData::GetItems() const {
     return listData->items;
@@ -286,7 +288,8 @@ struct dictionaryDataRecord {
 
 DictionaryData::DictionaryData() : dictionaryData(std::make_shared<dictionaryDataRecord>()) {}
 ObjectName DictionaryData::DefaultTypeName() {
-    return ObjectName(L"TAMARIN", L"Dictionary");
+    static const ObjectName name(L"TAMARIN", L"Dictionary");
+    return name;
 }
 std::shared_ptr<Data> DictionaryData::Get(const std::wstring& key) const {
     auto found = dictionaryData->entries.find(key);

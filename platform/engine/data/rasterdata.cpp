@@ -22,7 +22,8 @@ RasterData::RasterData(std::wstring path, std::vector<int> bands)
     SetBands(bands);
 }
 ObjectName RasterData::DefaultTypeName() {
-    return ObjectName(L"TAMARIN", L"Raster");
+    static const ObjectName name(L"TAMARIN", L"Raster");
+    return name;
 }
 std::wstring RasterData::GetPath() const {
     return rasterData->path;

@@ -18,7 +18,8 @@ using detail::RaiseJsonError;
 using detail::RaiseReadError;
 
 ObjectName Data::DefaultTypeName() {
-    return ObjectName(L"TAMARIN", L"Data");
+    static const ObjectName name(L"TAMARIN", L"Data");
+    return name;
 }
 
 bool Data::Equals(const Data& other) const {
@@ -34,7 +35,8 @@ IntData::IntData() : intData(std::make_shared<intDataRecord>()) {}
 IntData::IntData(std::int64_t value)
     : intData(std::make_shared<intDataRecord>(intDataRecord{value})) {}
 ObjectName IntData::DefaultTypeName() {
-    return ObjectName(L"TAMARIN", L"Int");
+    static const ObjectName name(L"TAMARIN", L"Int");
+    return name;
 }
 std::int64_t IntData::GetValue() const {
     return intData->value;
@@ -86,7 +88,8 @@ UnsignedData::UnsignedData() : unsignedData(std::make_shared<unsignedDataRecord>
 UnsignedData::UnsignedData(std::uint64_t value)
     : unsignedData(std::make_shared<unsignedDataRecord>(unsignedDataRecord{value})) {}
 ObjectName UnsignedData::DefaultTypeName() {
-    return ObjectName(L"TAMARIN", L"Unsigned");
+    static const ObjectName name(L"TAMARIN", L"Unsigned");
+    return name;
 }
 std::uint64_t UnsignedData::GetValue() const {
     return unsignedData->value;
@@ -134,7 +137,8 @@ DoubleData::DoubleData() : doubleData(std::make_shared<doubleDataRecord>()) {}
 DoubleData::DoubleData(double value)
     : doubleData(std::make_shared<doubleDataRecord>(doubleDataRecord{value})) {}
 ObjectName DoubleData::DefaultTypeName() {
-    return ObjectName(L"TAMARIN", L"Double");
+    static const ObjectName name(L"TAMARIN", L"Double");
+    return name;
 }
 double DoubleData::GetValue() const {
     return doubleData->value;
@@ -195,7 +199,8 @@ BoolData::BoolData() : boolData(std::make_shared<boolDataRecord>()) {}
 BoolData::BoolData(bool value)
     : boolData(std::make_shared<boolDataRecord>(boolDataRecord{value})) {}
 ObjectName BoolData::DefaultTypeName() {
-    return ObjectName(L"TAMARIN", L"Bool");
+    static const ObjectName name(L"TAMARIN", L"Bool");
+    return name;
 }
 bool BoolData::GetValue() const {
     return boolData->value;
@@ -239,7 +244,8 @@ StringData::StringData() : stringData(std::make_shared<stringDataRecord>()) {}
 StringData::StringData(const std::wstring& value)
     : stringData(std::make_shared<stringDataRecord>(stringDataRecord{value})) {}
 ObjectName StringData::DefaultTypeName() {
-    return ObjectName(L"TAMARIN", L"String");
+    static const ObjectName name(L"TAMARIN", L"String");
+    return name;
 }
 std::wstring StringData::GetValue() const {
     return stringData->value;
@@ -287,7 +293,8 @@ FileData::FileData(const std::wstring& value) : fileData(std::make_shared<fileDa
     SetValue(value);
 }
 ObjectName FileData::DefaultTypeName() {
-    return ObjectName(L"TAMARIN", L"File");
+    static const ObjectName name(L"TAMARIN", L"File");
+    return name;
 }
 std::wstring FileData::GetValue() const {
     return fileData->value;

@@ -1,10 +1,12 @@
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <map>
 #include <memory>
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -165,6 +167,17 @@ private:
     }
 
     int Reference(const pugi::xml_node& node, const char* name) const {
+        // Plain digits, as the writer puts them, are read in place; anything else goes the long way
+        // round so that its message quotes it.
+        if (auto attribute = node.attribute(name)) {
+            std::string_view digits = attribute.value();
+            int value = 0;
+            auto [end, error] =
+                std::from_chars(digits.data(), digits.data() + digits.size(), value);
+            if (error == std::errc() && end == digits.data() + digits.size() && !digits.empty() &&
+                digits.front() != '-')
+                return value;
+        }
         auto text = Required(node, name);
         try {
             std::size_t used = 0;
@@ -206,13 +219,21 @@ private:
             if (node.first_child()) Fail(node, L"a value needs a \"type\" attribute.");
             return nullptr;
         }
-        auto typeName = W(typeAttribute.value());
-        ObjectName type;
-        if (!ObjectName::TryParse(typeName, type))
-            Fail(node, L"the data type name " + Excerpt(typeName) +
-                           L" is not of the form Namespace.Name.");
+        // Files name few types many times: each is converted and checked once.
+        auto known = dataTypes.find(typeAttribute.value());
+        if (known == dataTypes.end()) {
+            auto typeName = W(typeAttribute.value());
+            ObjectName type;
+            if (!ObjectName::TryParse(typeName, type))
+                Fail(node, L"the data type name " + Excerpt(typeName) +
+                               L" is not of the form Namespace.Name.");
+            if (!DataFactory::TryCreate(type))
+                Fail(node, L"unknown data type \"" + typeName + L"\".");
+            known = dataTypes.emplace(typeAttribute.value(), type).first;
+        }
+        const ObjectName& type = known->second;
         auto data = DataFactory::TryCreate(type);
-        if (!data) Fail(node, L"unknown data type \"" + typeName + L"\".");
+        if (!data) Fail(node, L"unknown data type \"" + type.GetFullName() + L"\".");
         std::string_view text = node.child_value();
         if (JsonDepth(text) > MaxValueDepth)
             Fail(node, L"the value nests lists or dictionaries deeper than " +
@@ -221,7 +242,7 @@ private:
             data->FromJson(JsonValue::FromText(std::string(text)));
         } catch (const std::exception& error) {
             Fail(node, L"bad value text " + Excerpt(W(std::string(text).c_str())) +
-                           L" for type \"" + typeName + L"\": " + W(error.what()));
+                           L" for type \"" + type.GetFullName() + L"\": " + W(error.what()));
         }
         return data;
     }
@@ -266,7 +287,7 @@ private:
             model->SetPlainFormatForbidden(Flag(node, xml::PlainFormatForbidden));
         }
 
-        std::map<int, std::shared_ptr<Operator>> ids;
+        std::unordered_map<int, std::shared_ptr<Operator>> ids;
         if (model) ids[0] = op;
         pugi::xml_node links;
         pugi::xml_node portOrder;
@@ -425,8 +446,9 @@ private:
         }
     }
 
-    std::shared_ptr<Operator> Lookup(const pugi::xml_node& node, const char* attribute,
-                                     const std::map<int, std::shared_ptr<Operator>>& ids) const {
+    std::shared_ptr<Operator> Lookup(
+        const pugi::xml_node& node, const char* attribute,
+        const std::unordered_map<int, std::shared_ptr<Operator>>& ids) const {
         int id = Reference(node, attribute);
         auto found = ids.find(id);
         if (found == ids.end())
@@ -445,7 +467,8 @@ private:
     }
 
     std::shared_ptr<LattixBasic::ConditionalProcess> OwnerOf(
-        const pugi::xml_node& node, const std::map<int, std::shared_ptr<Operator>>& ids) const {
+        const pugi::xml_node& node,
+        const std::unordered_map<int, std::shared_ptr<Operator>>& ids) const {
         auto owner = std::dynamic_pointer_cast<LattixBasic::ConditionalProcess>(
             Lookup(node, xml::Owner, ids));
         if (!owner)
@@ -454,20 +477,25 @@ private:
     }
 
     void ReadLinks(const pugi::xml_node& links, Model& model,
-                   const std::map<int, std::shared_ptr<Operator>>& ids) const {
+                   const std::unordered_map<int, std::shared_ptr<Operator>>& ids) const {
         std::set<std::pair<Operator*, Operator*>> flow;
-        auto children = [&](const char* name) {
-            std::vector<pugi::xml_node> result;
-            for (auto child : links.children())
-                if (child.type() == pugi::node_element && Is(child, name)) result.push_back(child);
-            return result;
-        };
+        // One pass sorts the links by kind; each kind is then applied in the order of the file.
+        const char* kinds[] = {xml::Parent, xml::Connection, xml::Alias,
+                               xml::Body,   xml::Test,       xml::Tail};
+        std::vector<pugi::xml_node> byKind[std::size(kinds)];
         for (auto child : links.children()) {
             if (child.type() != pugi::node_element) continue;
-            if (!Is(child, xml::Parent) && !Is(child, xml::Connection) && !Is(child, xml::Alias) &&
-                !Is(child, xml::Body) && !Is(child, xml::Test) && !Is(child, xml::Tail))
+            std::size_t kind = 0;
+            while (kind < std::size(kinds) && !Is(child, kinds[kind])) ++kind;
+            if (kind == std::size(kinds))
                 Fail(child, L"unexpected element <" + W(child.name()) + L"> in <Links>.");
+            byKind[kind].push_back(child);
         }
+        auto children = [&](const char* name) -> const std::vector<pugi::xml_node>& {
+            std::size_t kind = 0;
+            while (kinds[kind] != name) ++kind;
+            return byKind[kind];
+        };
         // Flow parents first, in their saved order; data links would otherwise add theirs first.
         for (const auto& node : children(xml::Parent)) {
             auto child = Lookup(node, xml::Child, ids);
@@ -520,6 +548,7 @@ private:
 
     std::string_view bytes;
     std::wstring source;
+    mutable std::map<std::string, ObjectName, std::less<>> dataTypes;
 };
 
 }  // namespace

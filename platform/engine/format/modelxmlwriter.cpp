@@ -3,6 +3,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <tuple>
 #include <typeinfo>
 #include <vector>
 
@@ -18,6 +19,7 @@
 #include "Velmar/Lattix/OperatorFactory.h"
 #include "Velmar/Lattix/Port.h"
 #include "Velmar/Lattix/PortConnection.h"
+#include "core/records.h"
 #include "format/modelxml.h"
 #include "format/modelxmlnames.h"
 #include "qtxt/Text.h"
@@ -90,66 +92,82 @@ bool IsDerivedPortAttribute(const std::wstring& name) {
     return name == L"Keywords" || name == L"AdditionalTypes" || name == L"ExcludedTypes";
 }
 
-Port::AttributeMap OwnPortAttributes(const Port& port) {
-    auto map = port.GetAttributeMap();
-    for (auto it = map.begin(); it != map.end();)
-        it = IsDerivedPortAttribute(it->first) ? map.erase(it) : std::next(it);
-    return map;
+// A port's own attributes: the map itself, or a copy without the derived entries when it has any.
+const Port::AttributeMap& OwnPortAttributes(const Port::AttributeMap& all,
+                                            Port::AttributeMap& filtered) {
+    if (std::none_of(all.begin(), all.end(),
+                     [](const auto& entry) { return IsDerivedPortAttribute(entry.first); }))
+        return all;
+    filtered = all;
+    for (auto it = filtered.begin(); it != filtered.end();)
+        it = IsDerivedPortAttribute(it->first) ? filtered.erase(it) : std::next(it);
+    return filtered;
 }
 
-// What the writer compares of a port: read once per port (the getters answer copies).
+// What the writer compares of a port, read in place from its record (the getters answer copies,
+// and a save compares every port). The port must outlive it; it is neither copied nor moved.
 struct PortState {
-    explicit PortState(const Port& port)
-        : direction(port.GetDirection()),
-          displayName(port.GetDisplayName()),
-          description(port.GetDescription()),
-          keywords(port.GetKeywords()),
-          optional(port.IsOptional()),
-          hidden(port.IsHidden()),
-          isPrivate(port.IsPrivate()),
-          native(port.IsNative()),
-          types(port.GetDeclaredSupportedTypes()),
-          extra(port.GetExtraSupportedTypes()),
-          excluded(port.GetExcludedTypes()),
-          defaultData(port.GetDefaultData()),
-          data(port.GetData()),
-          attributes(OwnPortAttributes(port)),
-          dataAttributes(port.GetDataTypeAttributeMapMap()) {}
+    explicit PortState(const Port& port) : PortState(LinkAccess::Of(port)) {}
+    explicit PortState(const portRecord& record)
+        : direction(record.direction),
+          displayName(record.displayName.empty() ? record.name : record.displayName),
+          description(record.description),
+          keywords(record.keywords),
+          optional(record.optional),
+          hidden(record.hidden),
+          isPrivate(record.isPrivate),
+          native(record.native),
+          types(record.supported),
+          extra(record.extra),
+          excluded(record.excluded),
+          defaultData(record.defaultData),
+          data(record.data),
+          attributes(OwnPortAttributes(record.attributes, filtered)),
+          dataAttributes(record.dataTypeAttributes) {}
+    PortState(const PortState&) = delete;
+    PortState& operator=(const PortState&) = delete;
 
     PortDirection direction;
-    std::wstring displayName;
-    std::wstring description;
-    std::vector<std::wstring> keywords;
+    const std::wstring& displayName;
+    const std::wstring& description;
+    const std::vector<std::wstring>& keywords;
     bool optional;
     bool hidden;
     bool isPrivate;
     bool native;
-    std::vector<ObjectName> types;
-    std::vector<ObjectName> extra;
-    std::vector<ObjectName> excluded;
-    std::shared_ptr<Data> defaultData;
-    std::shared_ptr<Data> data;
-    Port::AttributeMap attributes;
-    Port::DataTypeAttributeMapMap dataAttributes;
+    const std::vector<ObjectName>& types;
+    const std::vector<ObjectName>& extra;
+    const std::vector<ObjectName>& excluded;
+    const std::shared_ptr<Data>& defaultData;
+    const std::shared_ptr<Data>& data;
+
+private:
+    Port::AttributeMap filtered;
+
+public:
+    const Port::AttributeMap& attributes;
+    const Port::DataTypeAttributeMapMap& dataAttributes;
 };
 
 // A fresh operator of a type, as the reader starts from it before it applies the file; taken
-// once per type and save.
+// once per type and save. Keeps the operator, whose ports its port states read.
 struct ReferenceState {
-    explicit ReferenceState(const Operator& op)
-        : displayName(op.GetDisplayName()),
-          icon(op.GetIcon()),
-          displayCategory(op.GetDisplayCategory()),
-          colorCategory(op.GetColorCategory()),
-          uri(op.GetUri()),
-          description(op.GetDescription()),
-          usableInExpression(op.IsUsableInExpression()),
-          keywords(op.GetKeywords()),
-          syntaxForms(op.GetSyntaxForms()),
-          attributes(op.GetAttributeMap()) {
-        for (const auto& port : op.GetPorts()) {
+    explicit ReferenceState(std::shared_ptr<Operator> fresh)
+        : op(std::move(fresh)),
+          displayName(op->GetDisplayName()),
+          icon(op->GetIcon()),
+          displayCategory(op->GetDisplayCategory()),
+          colorCategory(op->GetColorCategory()),
+          uri(op->GetUri()),
+          description(op->GetDescription()),
+          usableInExpression(op->IsUsableInExpression()),
+          keywords(op->GetKeywords()),
+          syntaxForms(op->GetSyntaxForms()),
+          attributes(op->GetAttributeMap()) {
+        for (const auto& port : op->GetPorts()) {
             portNames.push_back(port->GetName());
-            ports.emplace(port->GetName(), PortState(*port));
+            ports.emplace(std::piecewise_construct, std::forward_as_tuple(port->GetName()),
+                          std::forward_as_tuple(*port));
         }
     }
 
@@ -158,6 +176,7 @@ struct ReferenceState {
         return found == ports.end() ? nullptr : &found->second;
     }
 
+    std::shared_ptr<Operator> op;
     std::wstring displayName;
     std::wstring icon;
     std::wstring displayCategory;
@@ -186,9 +205,11 @@ public:
             if (own != theirs) node.append_attribute(name).set_value(U8(own).c_str());
         };
         text(xml::DisplayName, op.GetDisplayName(), ref.displayName);
-        text(xml::Icon, op.GetIcon(), ref.icon);
-        text(xml::DisplayCategory, op.GetDisplayCategory(), ref.displayCategory);
-        text(xml::ColorCategory, op.GetColorCategory(), ref.colorCategory);
+        // The texts are compared in place: a save visits every operator.
+        const auto& record = LinkAccess::Of(op);
+        text(xml::Icon, record.icon.Get(), ref.icon);
+        text(xml::DisplayCategory, record.displayCategory.Get(), ref.displayCategory);
+        text(xml::ColorCategory, record.colorCategory.Get(), ref.colorCategory);
         if (op.IsUsableInExpression() != ref.usableInExpression)
             WriteFlag(node, xml::UsableInExpression, op.IsUsableInExpression());
         text(xml::Uri, op.GetUri(), ref.uri);
@@ -201,15 +222,15 @@ public:
             if (model->IsLocked()) WriteFlag(node, xml::Locked, true);
             if (!model->CanSaveInPlainFormat()) WriteFlag(node, xml::PlainFormatForbidden, true);
         }
-        if (auto description = op.GetDescription(); description != ref.description)
+        if (const auto& description = record.description.Get(); description != ref.description)
             SetText(node.append_child(xml::Description), description);
-        if (auto keywords = op.GetKeywords(); keywords != ref.keywords)
+        if (const auto& keywords = record.keywords.Get(); keywords != ref.keywords)
             WriteTexts(node, xml::Keywords, xml::Keyword, keywords);
-        if (auto forms = op.GetSyntaxForms(); forms != ref.syntaxForms)
+        if (const auto& forms = record.syntaxForms.Get(); forms != ref.syntaxForms)
             WriteTexts(node, xml::SyntaxForms, xml::Form, forms);
 
         WritePorts(node, op, ref);
-        WriteAttributeChanges(node, op.GetAttributeMap(), ref.attributes, xml::Attribute);
+        WriteAttributeChanges(node, record.attributes, ref.attributes, xml::Attribute);
 
         if (model) {
             auto ops = model->GetOperators();
@@ -236,7 +257,7 @@ private:
                         L"\" is not registered: the saved model can be read only where it is.");
                 fresh = std::make_shared<Operator>(op.GetOperatorNamespace(), op.GetOperatorName());
             }
-            slot = std::make_unique<ReferenceState>(*fresh);
+            slot = std::make_unique<ReferenceState>(std::move(fresh));
         }
         return *slot;
     }
@@ -270,9 +291,11 @@ private:
                    const PortState* refPort) {
         PortState own(port);
         bool fresh = !refPort || refPort->direction != own.direction;
+        std::shared_ptr<Port> blankPort;
         std::unique_ptr<PortState> blank;
         if (fresh) {
-            blank = std::make_unique<PortState>(*Port::Create(name, own.direction));
+            blankPort = Port::Create(name, own.direction);
+            blank = std::make_unique<PortState>(*blankPort);
             refPort = blank.get();
         }
         const PortState& ref = *refPort;

@@ -18,43 +18,56 @@ namespace {
 // loaded (a loader installed from a static initializer reaches the factory), before constants of
 // this file would exist.
 ObjectName Raster() {
-    return ObjectName(L"TAMARIN", L"Raster");
+    static const ObjectName name(L"TAMARIN", L"Raster");
+    return name;
 }
 ObjectName Double() {
-    return ObjectName(L"TAMARIN", L"Double");
+    static const ObjectName name(L"TAMARIN", L"Double");
+    return name;
 }
 ObjectName Int() {
-    return ObjectName(L"TAMARIN", L"Int");
+    static const ObjectName name(L"TAMARIN", L"Int");
+    return name;
 }
 ObjectName Unsigned() {
-    return ObjectName(L"TAMARIN", L"Unsigned");
+    static const ObjectName name(L"TAMARIN", L"Unsigned");
+    return name;
 }
 ObjectName Bool() {
-    return ObjectName(L"TAMARIN", L"Bool");
+    static const ObjectName name(L"TAMARIN", L"Bool");
+    return name;
 }
 ObjectName String() {
-    return ObjectName(L"TAMARIN", L"String");
+    static const ObjectName name(L"TAMARIN", L"String");
+    return name;
 }
 ObjectName StringList() {
-    return ObjectName(L"TAMARIN", L"StringList");
+    static const ObjectName name(L"TAMARIN", L"StringList");
+    return name;
 }
 ObjectName File() {
-    return ObjectName(L"TAMARIN", L"File");
+    static const ObjectName name(L"TAMARIN", L"File");
+    return name;
 }
 ObjectName List() {
-    return ObjectName(L"TAMARIN", L"List");
+    static const ObjectName name(L"TAMARIN", L"List");
+    return name;
 }
 ObjectName Generic() {
-    return ObjectName(L"TAMARIN", L"Data");
+    static const ObjectName name(L"TAMARIN", L"Data");
+    return name;
 }
 ObjectName FocalStatistic() {
-    return ObjectName(L"TAMARIN", L"FocalStatistic");
+    static const ObjectName name(L"TAMARIN", L"FocalStatistic");
+    return name;
 }
 ObjectName ZonalStatistic() {
-    return ObjectName(L"TAMARIN", L"ZonalStatistic");
+    static const ObjectName name(L"TAMARIN", L"ZonalStatistic");
+    return name;
 }
 ObjectName KernelShape() {
-    return ObjectName(L"TAMARIN", L"KernelShape");
+    static const ObjectName name(L"TAMARIN", L"KernelShape");
+    return name;
 }
 std::vector<ObjectName> Numeric() {
     return {Raster(), Double(), Int()};
