@@ -16,6 +16,7 @@
 
 #include "ZML/FlowGraphPart.h"
 #include "canvasindex.h"
+#include "flowcontrolpoints.h"
 #include "modelgui/BodyConnectionPoint.h"
 #include "modelgui/FlowControlConnectionPoint.h"
 #include "modelgui/GUIUtils.h"
@@ -264,26 +265,11 @@ std::shared_ptr<TrueFalseConnectionPoint> GUIUtils::FindTrueFalsePoint(const Can
         [isTrue](const TrueFalseConnectionPoint& p) { return p.IsTruePoint() == isTrue; });
 }
 
+// The points themselves are made where drawing makes them, so both paths give the same points.
 void GUIUtils::AddFlowControl(const CanvasPtr& canvas, const OperatorPtr& op) {
     const auto node = FindOperatorNode(canvas, op);
     if (!node) return;
-    if (!FindPrevPoint(canvas, op)) {
-        auto previous = std::make_shared<FlowControlConnectionPoint>();
-        previous->SetOperator(op);
-        node->AddConnectionPointAt(0, previous);
-        previous->SetCaption(L"Previous");
-        previous->SetTooltip(L"Previous");
-        previous->SetInput();
-        previous->SetMaxConnections(1);
-    }
-    if (!FindNextPoint(canvas, op)) {
-        auto next = std::make_shared<FlowControlConnectionPoint>();
-        next->SetOperator(op);
-        node->AddConnectionPointAt(0, next);
-        next->SetCaption(L"Next");
-        next->SetTooltip(L"Next");
-        next->SetOutput();
-    }
+    detail::AddFlowControlPoints(node, op);
 }
 
 void GUIUtils::RemoveFlowControl(const CanvasPtr& canvas, const OperatorPtr& op) {
