@@ -171,7 +171,6 @@ void NodeItem::Sync() {
     }
     setPos(origin);
     setZValue(textOnly ? kTextZ : kNodeZ);
-    setToolTip(QString());
     update();
     syncing = false;
 }

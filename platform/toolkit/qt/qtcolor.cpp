@@ -33,7 +33,7 @@ QImage Render(const ZML::Icon& icon, int size) {
 }  // namespace
 
 QImage IconImage(const std::wstring& name, int size) {
-    // Pixmaps belong to the user-interface thread, like every caller of this function.
+    // The cache belongs to the user-interface thread, like every caller of this function.
     static std::map<std::pair<std::wstring, int>, QImage> cache;
     auto key = std::make_pair(name, size);
     auto found = cache.find(key);
