@@ -57,9 +57,9 @@ set(LATTIX_TEST_ENV
     "TAMARIN_HOME=${PROJECT_SOURCE_DIR}/resources"
     "LATTIX_RESOURCE_PATH=${PROJECT_SOURCE_DIR}/resources"
     "LATTIX_SOURCE_DIR=${PROJECT_SOURCE_DIR}"
-    "QT_QPA_PLATFORM=offscreen"
-    "ASAN_OPTIONS=detect_leaks=1:abort_on_error=0"
-    "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1")
+    "QT_QPA_PLATFORM=offscreen")
+
+string(JOIN "|" LATTIX_TEST_ENV_JOINED ${LATTIX_TEST_ENV})
 
 # One GoogleTest executable per library: every .cpp below tests/<DIR> (minus EXCLUDE folders).
 function(lattix_add_tests name)
@@ -73,17 +73,20 @@ function(lattix_add_tests name)
     if(NOT sources OR NOT libs)
         return()
     endif()
-    add_executable(${name} ${sources})
-    target_link_libraries(${name} PRIVATE ${libs} GTest::gtest GTest::gmock GTest::gtest_main Threads::Threads)
+    add_executable(${name} ${sources} ${PROJECT_SOURCE_DIR}/tests/support/test_main.cpp)
+    target_link_libraries(${name} PRIVATE ${libs} GTest::gtest GTest::gmock Threads::Threads)
     target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/support)
     target_compile_definitions(${name} PRIVATE
         LATTIX_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
         LATTIX_BINARY_DIR="${PROJECT_BINARY_DIR}"
-        LATTIX_TEST_BINARY="$<TARGET_FILE:${name}>")
+        LATTIX_TEST_BINARY="$<TARGET_FILE:${name}>"
+        LATTIX_TEST_ENVIRONMENT="${LATTIX_TEST_ENV_JOINED}")
+    # The environment reaches the tests through the program's own main (support/test_main.cpp):
+    # gtest_discover_tests cannot pass a list-valued ENVIRONMENT property through to ctest.
     gtest_discover_tests(${name}
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 60
-        PROPERTIES ENVIRONMENT "${LATTIX_TEST_ENV}" TIMEOUT 300)
+        PROPERTIES TIMEOUT 300)
 endfunction()
 
 function(lattix_install_package)

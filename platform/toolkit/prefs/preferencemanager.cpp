@@ -296,7 +296,7 @@ PreferenceManager::PreferenceManager(std::string file)
     d.defaults[{"zml", "default_data_path"}] = homeDir;
     d.defaults[{"zml", "default_output_path"}] = homeDir;
     d.defaults[{"zml", "use_bubble_help"}] = true;
-    d.defaults[{"zml", "bubble_help_delay"}] = 500.0;
+    d.defaults[{"zml", "bubble_help_delay"}] = 0.5;  // seconds
     d.defaults[{"batch", "batch_flatten_output_paths"}] = false;
     ReadFile(d.file, d.values);
     for (const auto& [key, value] : d.defaults) d.CheckType(key);

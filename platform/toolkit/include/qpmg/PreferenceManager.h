@@ -17,7 +17,7 @@ struct preferenceManagerData;
 //   zml.default_data_path          string   the user's home folder
 //   zml.default_output_path        string   the user's home folder
 //   zml.use_bubble_help            boolean  true
-//   zml.bubble_help_delay          number   500 (milliseconds)
+//   zml.bubble_help_delay          number   0.5 (seconds)
 //   batch.batch_flatten_output_paths boolean false
 // Others can be declared with Define; a preference that was never declared nor stored reads as
 // false, 0 or an empty string.

@@ -47,7 +47,7 @@ protected:
 TEST_F(PreferencesTest, KnownPreferencesHaveTheirDefaults) {
     PreferenceManager prefs(file);
     EXPECT_TRUE(prefs.GetBoolean("zml", "use_bubble_help"));
-    EXPECT_EQ(prefs.GetNumber("zml", "bubble_help_delay"), 500);
+    EXPECT_EQ(prefs.GetNumber("zml", "bubble_help_delay"), 0.5);
     EXPECT_FALSE(prefs.GetBoolean("batch", "batch_flatten_output_paths"));
     EXPECT_FALSE(prefs.GetString("zml", "default_output_path").empty());
     EXPECT_EQ(prefs.GetString("zml", "default_data_path"),
@@ -104,7 +104,7 @@ TEST_F(PreferencesTest, DamagedFileGivesWarningsAndDefaults) {
     PreferenceManager prefs(file);
     EXPECT_FALSE(prefs.GetBoolean("zml", "use_bubble_help"));  // the good lines still count
     EXPECT_EQ(prefs.GetString("zml", "default_output_path"), L"/out");
-    EXPECT_EQ(prefs.GetNumber("zml", "bubble_help_delay"), 500);
+    EXPECT_EQ(prefs.GetNumber("zml", "bubble_help_delay"), 0.5);
     EXPECT_FALSE(prefs.GetBoolean("batch", "batch_flatten_output_paths"));
     EXPECT_TRUE(sink.Contains(file + ", line 3"));
     EXPECT_TRUE(sink.Contains(file + ", line 5"));
