@@ -191,6 +191,15 @@ struct ReferenceState {
     std::map<std::wstring, PortState> ports;
 };
 
+// Calls fn with each link of a port, in the order of Port::GetConnections, without copying them.
+template <typename Fn>
+void ForEachConnection(const Port& port, Fn&& fn) {
+    const auto& record = LinkAccess::Of(port);
+    for (const auto& connection : record.inbound) fn(connection);
+    for (const auto& link : record.outbound)
+        if (auto connection = link.lock()) fn(connection);
+}
+
 class Writer {
 public:
     void WriteOperator(pugi::xml_node parent, const Operator& op, int id) {
@@ -263,28 +272,37 @@ private:
     }
 
     void WritePorts(pugi::xml_node node, const Operator& op, const ReferenceState& ref) {
-        auto ports = op.GetPorts();
-        std::vector<std::wstring> actual;
-        std::set<std::wstring> present;
-        for (const auto& port : ports) {
-            actual.push_back(port->GetName());
-            present.insert(actual.back());
-        }
-        std::vector<std::wstring> expected;
+        // Names are read in place: a save visits every port.
+        const auto& ports = LinkAccess::Of(op).ports;
+        std::vector<const std::wstring*> actual;
+        actual.reserve(ports.size());
+        for (const auto& port : ports) actual.push_back(&LinkAccess::Of(*port).name);
+        auto present = [&actual](const std::wstring& name) {
+            return std::any_of(actual.begin(), actual.end(),
+                               [&name](const std::wstring* own) { return *own == name; });
+        };
+        std::vector<const std::wstring*> expected;
         for (const auto& name : ref.portNames)
-            if (present.count(name)) expected.push_back(name);
+            if (present(name)) expected.push_back(&name);
         for (std::size_t i = 0; i < ports.size(); ++i) {
-            const auto* refPort = ref.FindPort(actual[i]);
+            const auto* refPort = ref.FindPort(*actual[i]);
             if (!refPort) expected.push_back(actual[i]);
-            WritePort(node, *ports[i], actual[i], refPort);
+            WritePort(node, *ports[i], *actual[i], refPort);
         }
         for (const auto& name : ref.portNames) {
-            if (present.count(name)) continue;
+            if (present(name)) continue;
             auto removed = node.append_child(xml::PortElement);
             removed.append_attribute(xml::Name).set_value(U8(name).c_str());
             WriteFlag(removed, xml::Removed, true);
         }
-        if (actual != expected) WriteTexts(node, xml::PortOrder, xml::PortName, actual);
+        bool sameOrder =
+            std::equal(actual.begin(), actual.end(), expected.begin(), expected.end(),
+                       [](const std::wstring* a, const std::wstring* b) { return *a == *b; });
+        if (!sameOrder) {
+            std::vector<std::wstring> names;
+            for (const auto* name : actual) names.push_back(*name);
+            WriteTexts(node, xml::PortOrder, xml::PortName, names);
+        }
     }
 
     void WritePort(pugi::xml_node parent, const Port& port, const std::wstring& name,
@@ -368,9 +386,9 @@ private:
         }
 
         auto writeConnections = [&](const Operator& child, int childId) {
-            for (const auto& port : child.GetPorts()) {
-                for (const auto& connection : port->GetConnections()) {
-                    if (connection->IsInnerAlias() || connection->GetChildPort() != port) continue;
+            for (const auto& port : LinkAccess::Of(child).ports) {
+                ForEachConnection(*port, [&](const std::shared_ptr<PortConnection>& connection) {
+                    if (connection->IsInnerAlias() || connection->GetChildPort() != port) return;
                     auto parent = connection->GetParent();
                     auto parentPort = connection->GetParentPort();
                     int parentId = idOf(parent);
@@ -378,15 +396,16 @@ private:
                         // A model's own inputs fed from outside belong to the model above.
                         if (childId != 0)
                             dropped(L"a data link of \"" + child.GetDisplayName() + L"\"");
-                        continue;
+                        return;
                     }
                     auto link = links.append_child(xml::Connection);
                     link.append_attribute(xml::From).set_value(parentId);
                     link.append_attribute(xml::FromPort)
-                        .set_value(U8(parentPort->GetName()).c_str());
+                        .set_value(U8(LinkAccess::Of(*parentPort).name).c_str());
                     link.append_attribute(xml::To).set_value(childId);
-                    link.append_attribute(xml::ToPort).set_value(U8(port->GetName()).c_str());
-                }
+                    link.append_attribute(xml::ToPort)
+                        .set_value(U8(LinkAccess::Of(*port).name).c_str());
+                });
             }
         };
         writeConnections(model, 0);
