@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "LattixBasic/Color.h"
 #include "LattixBasic/ConditionalProcess.h"
 #include "LattixBasic/IfProcess.h"
 #include "Velmar/Lattix/BoolData.h"
@@ -45,8 +46,9 @@ inline std::shared_ptr<DictionaryData> Annotation(const std::wstring& text, doub
     note->Set(L"PositionX", std::make_shared<DoubleData>(x));
     note->Set(L"PositionY", std::make_shared<DoubleData>(y));
     note->Set(L"Font", std::make_shared<StringData>(L"DejaVu Sans"));
-    note->Set(L"Size", std::make_shared<IntData>(11));
-    note->Set(L"Color", std::make_shared<IntData>(0x202020));
+    // The drawing scales "Size" by ten for the canvas font; a dark grey.
+    note->Set(L"Size", std::make_shared<DoubleData>(1.1));
+    note->Set(L"Color", std::make_shared<LattixBasic::Color>(0.125, 0.125, 0.125));
     note->Set(L"Bold", std::make_shared<BoolData>(true));
     note->Set(L"Italics", std::make_shared<BoolData>(false));
     note->Set(L"Underline", std::make_shared<BoolData>(false));
