@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 #include <cstring>
 #include <map>
 #include <memory>
@@ -65,6 +66,62 @@ int JsonDepth(std::string_view text) {
         }
     }
     return deepest;
+}
+
+// Whether text is exactly a JSON number: -?(0|[1-9][0-9]*)(.[0-9]+)?([eE][+-]?[0-9]+)?
+bool IsJsonNumber(std::string_view text, bool& integral) {
+    std::size_t i = 0;
+    auto digits = [&] {
+        std::size_t start = i;
+        while (i < text.size() && text[i] >= '0' && text[i] <= '9') ++i;
+        return i - start;
+    };
+    if (i < text.size() && text[i] == '-') ++i;
+    if (i < text.size() && text[i] == '0')
+        ++i;
+    else if (digits() == 0)
+        return false;
+    integral = true;
+    if (i < text.size() && text[i] == '.') {
+        ++i;
+        integral = false;
+        if (digits() == 0) return false;
+    }
+    if (i < text.size() && (text[i] == 'e' || text[i] == 'E')) {
+        ++i;
+        integral = false;
+        if (i < text.size() && (text[i] == '+' || text[i] == '-')) ++i;
+        if (digits() == 0) return false;
+    }
+    return i == text.size();
+}
+
+// Most values in a model are single numbers: those are read without the JSON parser, into the
+// same kind of number it makes (unsigned, signed or floating). Anything else, or a number that
+// does not fit, goes to the parser.
+JsonValue ParseValue(std::string_view text) {
+    bool integral = false;
+    if (IsJsonNumber(text, integral)) {
+        const char* first = text.data();
+        const char* last = text.data() + text.size();
+        if (!integral) {
+            double number = 0;
+            if (auto [end, error] = std::from_chars(first, last, number);
+                error == std::errc() && end == last)
+                return JsonValue(nlohmann::json(number));
+        } else if (text.front() == '-') {
+            std::int64_t number = 0;
+            if (auto [end, error] = std::from_chars(first, last, number);
+                error == std::errc() && end == last)
+                return JsonValue(nlohmann::json(number));
+        } else {
+            std::uint64_t number = 0;
+            if (auto [end, error] = std::from_chars(first, last, number);
+                error == std::errc() && end == last)
+                return JsonValue(nlohmann::json(number));
+        }
+    }
+    return JsonValue::FromText(std::string(text));
 }
 
 class Reader {
@@ -239,7 +296,7 @@ private:
             Fail(node, L"the value nests lists or dictionaries deeper than " +
                            std::to_wstring(MaxValueDepth) + L" levels.");
         try {
-            data->FromJson(JsonValue::FromText(std::string(text)));
+            data->FromJson(ParseValue(text));
         } catch (const std::exception& error) {
             Fail(node, L"bad value text " + Excerpt(W(std::string(text).c_str())) +
                            L" for type \"" + type.GetFullName() + L"\": " + W(error.what()));

@@ -1,0 +1,68 @@
+// Value texts in a model file read to the same JSON, number kind included, whichever way the
+// reader takes to read them.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "Velmar/Lattix/Data.h"
+#include "Velmar/Lattix/JsonValue.h"
+#include "Velmar/Lattix/Model.h"
+#include "Velmar/Lattix/ModelFormatFactory.h"
+#include "qtxt/Text.h"
+
+using namespace Velmar::Lattix;
+
+namespace {
+
+std::shared_ptr<Data> ReadAttribute(const std::string& type, const std::string& text) {
+    auto file =
+        "<?xml version=\"1.0\"?>\n<LattixModel formatVersion=\"1\">\n"
+        "  <Model namespace=\"TAMARIN\" name=\"Model\">\n"
+        "    <Attribute name=\"V\" type=\"" +
+        type + "\">" + text + "</Attribute>\n  </Model>\n</LattixModel>\n";
+    auto model = ModelFormatFactory::OpenFromBuffer(qtxt::widen(file), L"");
+    return model->GetAttribute(L"V");
+}
+
+TEST(ValueText, NumbersReadAsTheJsonParserReadsThem) {
+    const char* texts[] = {"0",
+                           "-0",
+                           "7",
+                           "-7",
+                           "18446744073709551615",
+                           "18446744073709551616",
+                           "-9223372036854775808",
+                           "-9223372036854775809",
+                           "1.5",
+                           "-0.0",
+                           "2.5e3",
+                           "1E-2",
+
+                           "0.1",
+                           "40.0",
+                           "123456789.123456789",
+                           "\"5\"",
+                           "[1, 2.0, -3]",
+                           "true",
+                           "null"};
+    for (const char* text : texts) {
+        SCOPED_TRACE(text);
+        auto value = ReadAttribute("TAMARIN.Data", text);
+        ASSERT_TRUE(value);
+        auto expected = nlohmann::json::parse(text);
+        auto json = value->ToJson();
+        const auto& got = json.GetJson();
+        EXPECT_EQ(got.type(), expected.type());
+        EXPECT_EQ(got, expected);
+        EXPECT_EQ(got.dump(), expected.dump());
+    }
+}
+
+TEST(ValueText, TextsThatAreNotJsonNumbersStillFail) {
+    for (const char* text : {"01", "1.", ".5", "-", "+1", "1e", "inf", "nan", "0x10", "1 2", ""}) {
+        SCOPED_TRACE(text);
+        EXPECT_THROW(ReadAttribute("TAMARIN.Double", text), std::exception);
+    }
+}
+
+}  // namespace
