@@ -41,9 +41,19 @@ void SetText(pugi::xml_node node, const std::wstring& text) {
     node.text().set(U8(text).c_str());
 }
 
+// The UTF-8 full name of a data type. A model holds few types and many values: each name is
+// converted once per thread (names are shared, so most lookups compare pointers).
+const std::string& TypeText(const ObjectName& type) {
+    thread_local std::vector<std::pair<ObjectName, std::string>> known;
+    for (const auto& [name, text] : known)
+        if (name == type) return text;
+    known.emplace_back(type, U8(type.GetFullName()));
+    return known.back().second;
+}
+
 void WriteData(pugi::xml_node node, const std::shared_ptr<Data>& data) {
     if (!data) return;
-    node.append_attribute(xml::Type).set_value(U8(data->GetDataTypeName().GetFullName()).c_str());
+    node.append_attribute(xml::Type).set_value(TypeText(data->GetDataTypeName()).c_str());
     node.text().set(data->ToJson().ToText().c_str());
 }
 
