@@ -102,16 +102,16 @@ inline std::shared_ptr<Model> LoopExample() {
     auto model = std::make_shared<Model>();
     model->SetProcessName(L"Count to ten");
     auto loop =
-        std::static_pointer_cast<LattixBasic::ConditionalProcess>(Place(model, L"Loop", 60, 100));
+        std::static_pointer_cast<LattixBasic::ConditionalProcess>(Place(model, L"Loop", 40, 100));
     loop->GetPort(L"MaxIterations")->SetDataFromString(L"100");
-    auto counter = Place(model, L"Counter", 220, 60);
+    auto counter = Place(model, L"Counter", 300, 40);
     counter->GetPort(L"Step")->SetDataFromString(L"2");
-    auto limit = Place(model, L"ScalarInput", 220, 160);
+    auto limit = Place(model, L"ScalarInput", 300, 180);
     limit->GetPort(L"Value")->SetDataFromString(L"10");
-    auto test = Place(model, L"LessThan", 380, 100);
+    auto test = Place(model, L"LessThan", 520, 100);
     Link(counter, L"Output", test, L"Input1");
     Link(limit, L"Output", test, L"Input2");
-    auto show = Place(model, L"ScalarOutput", 540, 60);
+    auto show = Place(model, L"ScalarOutput", 740, 40);
     Link(counter, L"Output", show, L"Value");
     loop->AddBodyOperator(counter);
     loop->AddBodyOperator(show);
@@ -136,10 +136,19 @@ inline std::shared_ptr<Model> AnnotatedExample() {
     model->AliasPort(smooth->GetPort(L"Size"), L"KernelSize");
     auto out = model->AliasPort(output->GetPort(L"Filename"), L"OutputRaster");
     out->SetDisplayName(L"Smoothed raster");
+    // Model ports keep their places too: a model with text annotations is never laid out
+    // automatically when drawn.
+    const auto placePort = [](const std::shared_ptr<Port>& port, double x, double y) {
+        port->SetAttribute(L"PositionX", std::make_shared<DoubleData>(x));
+        port->SetAttribute(L"PositionY", std::make_shared<DoubleData>(y));
+    };
+    placePort(in, -180, 90);
+    placePort(model->GetPort(L"KernelSize"), 40, 220);
+    placePort(out, 240, 220);
     auto notes = model->GetTextAnnotations();
-    notes->Append(Annotation(L"Smoothing with a square kernel.", 200, 10));
+    notes->Append(Annotation(L"Smoothing with a square kernel.", 40, 10));
     notes->Append(
-        Annotation(L"Set the kernel size on the KernelSize port (odd numbers).", 200, 180));
+        Annotation(L"Set the kernel size on the KernelSize port (odd numbers).", 40, 300));
     return model;
 }
 
