@@ -16,6 +16,14 @@ using namespace Velmar::Lattix;
 
 namespace {
 
+PortDefinition DoublePort(const std::wstring& name, PortDirection direction) {
+    PortDefinition port;
+    port.name = name;
+    port.direction = direction;
+    port.types = {DoubleData::DefaultTypeName()};
+    return port;
+}
+
 TEST(SharedDefinition, EditingOneOperatorLeavesItsTwinAndTheFactoryAlone) {
     auto first = OperatorFactory::Create(L"TAMARIN", L"Add");
     auto second = OperatorFactory::Create(L"TAMARIN", L"Add");
@@ -55,7 +63,7 @@ TEST(SharedDefinition, ReRegisteringATypeChangesOnlyOperatorsMadeAfterwards) {
     OperatorDefinition definition;
     definition.name = ObjectName(L"Sharing", L"Probe");
     definition.description = L"first";
-    definition.ports.push_back({L"In", PortDirection::Input, {DoubleData::DefaultTypeName()}});
+    definition.ports.push_back(DoublePort(L"In", PortDirection::Input));
     OperatorFactory::Register(definition);
     auto before = OperatorFactory::Create(definition.name);
 
@@ -78,7 +86,7 @@ TEST(SharedDefinition, ApplyingADefinitionCopiesIt) {
     OperatorDefinition definition;
     definition.name = ObjectName(L"Sharing", L"Applied");
     definition.description = L"kept";
-    definition.ports.push_back({L"Out", PortDirection::Output, {DoubleData::DefaultTypeName()}});
+    definition.ports.push_back(DoublePort(L"Out", PortDirection::Output));
     auto op = std::make_shared<Operator>();
     op->ApplyDefinition(definition);
     definition.description = L"changed";
