@@ -40,19 +40,8 @@ namespace {
 constexpr const char* kFunction = "quarn::modelgui::AddConnection::OnAdded";
 
 // The record of one call.
-struct addRecord {
-    std::shared_ptr<ZML::FlowGraphPart> canvas;
-    std::shared_ptr<lx::Model> model;
-    std::shared_ptr<ZML::FlowGraphConnectionEx> connection;
-    detail::ConnectionEnds ends;
-};
-
-// The model in which `op` sits: its process, else the model drawn on the canvas.
-std::shared_ptr<lx::Model> ModelOf(const addRecord& record,
-                                   const std::shared_ptr<lx::Operator>& op) {
-    auto process = op->GetProcess();
-    return process ? process : record.model;
-}
+using addRecord = detail::ConnectionCall;
+using detail::ModelOf;
 
 std::shared_ptr<LattixBasic::ConditionalProcess> RequireConditional(
     const std::shared_ptr<lx::Operator>& op) {

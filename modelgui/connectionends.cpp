@@ -127,6 +127,12 @@ void LogIntegrityError(const char* function) {
     QuarnLog::UnthrownException error(function, __FILE__, "GUI/Data Model integrety error");
 }
 
+std::shared_ptr<lx::Model> ModelOf(const ConnectionCall& call,
+                                   const std::shared_ptr<lx::Operator>& op) {
+    auto process = op->GetProcess();
+    return process ? process : call.model;
+}
+
 ConnectionEnds ReadEnds(const std::shared_ptr<ZML::FlowGraphConnectionEx>& connection,
                         const char* function) {
     if (!connection) {

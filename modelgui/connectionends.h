@@ -31,6 +31,18 @@ struct ConnectionEnds {
     std::shared_ptr<Velmar::Lattix::Operator> child;
 };
 
+// The record of one AddConnection::OnAdded or RemoveConnection::OnRemoved call.
+struct ConnectionCall {
+    std::shared_ptr<ZML::FlowGraphPart> canvas;
+    std::shared_ptr<Velmar::Lattix::Model> model;
+    std::shared_ptr<ZML::FlowGraphConnectionEx> connection;
+    ConnectionEnds ends;
+};
+
+// The model in which `op` sits: its process, else the model drawn on the call's canvas.
+std::shared_ptr<Velmar::Lattix::Model> ModelOf(const ConnectionCall& call,
+                                               const std::shared_ptr<Velmar::Lattix::Operator>& op);
+
 // Reads the ends of `connection`; raises QuarnLog::Exception naming `function` when an end is
 // missing or does not stand for a live engine object.
 ConnectionEnds ReadEnds(const std::shared_ptr<ZML::FlowGraphConnectionEx>& connection,

@@ -31,18 +31,8 @@ namespace {
 constexpr const char* kFunction = "quarn::modelgui::RemoveConnection::OnRemoved";
 
 // The record of one call.
-struct removeRecord {
-    std::shared_ptr<ZML::FlowGraphPart> canvas;
-    std::shared_ptr<lx::Model> model;
-    std::shared_ptr<ZML::FlowGraphConnectionEx> connection;
-    detail::ConnectionEnds ends;
-};
-
-std::shared_ptr<lx::Model> ModelOf(const removeRecord& record,
-                                   const std::shared_ptr<lx::Operator>& op) {
-    auto process = op->GetProcess();
-    return process ? process : record.model;
-}
+using removeRecord = detail::ConnectionCall;
+using detail::ModelOf;
 
 // Tells the model of `op` that `op` is left without links, when it is.
 void NotifyIfUnconnected(const removeRecord& record, const std::shared_ptr<lx::Operator>& op) {
