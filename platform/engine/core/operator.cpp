@@ -10,6 +10,7 @@
 #include "Velmar/Lattix/Model.h"
 #include "Velmar/Lattix/OperatorDefinition.h"
 #include "core/records.h"
+#include "qtxt/Text.h"
 
 namespace Velmar::Lattix {
 
@@ -97,18 +98,6 @@ void Operator::SetUri(const std::wstring& uri) {
 
 namespace {
 
-void CopyIdentity(operatorRecord& record, const OperatorDefinition& definition) {
-    record.name = definition.name;
-    record.displayName.Set(definition.displayName);
-    record.description.Set(definition.description);
-    record.displayCategory.Set(definition.displayCategory);
-    record.colorCategory.Set(definition.colorCategory);
-    record.icon.Set(definition.icon);
-    record.keywords.Set(definition.keywords);
-    record.usableInExpression = definition.usableInExpression;
-    record.syntaxForms.Set(definition.syntaxForms);
-}
-
 // Points the texts at the definition itself (it never changes once registered).
 void ShareIdentity(operatorRecord& record,
                    const std::shared_ptr<const OperatorDefinition>& definition) {
@@ -129,48 +118,96 @@ void ShareIdentity(operatorRecord& record,
 
 }  // namespace
 
+std::shared_ptr<const preparedDefinition> preparedDefinition::Prepare(
+    OperatorDefinition definition) {
+    auto prepared = std::make_shared<preparedDefinition>();
+    prepared->ports.reserve(definition.ports.size());
+    for (const auto& declared : definition.ports) {
+        preparedPort port;
+        auto shape = std::make_shared<portShape>();
+        shape->name = declared.name;
+        shape->description = declared.description;
+        shape->keywords = declared.keywords;
+        for (const auto& type : declared.types)
+            if (std::find(shape->supported.begin(), shape->supported.end(), type) ==
+                shape->supported.end())
+                shape->supported.push_back(type);
+        port.shape = std::move(shape);
+        port.direction = declared.direction;
+        port.optional = declared.optional;
+        port.hidden = declared.hidden;
+        port.isPrivate = declared.isPrivate;
+        auto where = [&] {
+            return L"Operator \"" + definition.name.GetFullName() + L"\", port \"" + declared.name +
+                   L"\": ";
+        };
+        for (const auto& [type, attributes] : declared.dataAttributes) {
+            ObjectName parsed;
+            if (!ObjectName::TryParse(type, parsed))
+                QUARN_THROW(where() + L"the data attribute type \"" + type +
+                            L"\" is not a data type name.");
+            for (const auto& [name, value] : attributes) {
+                if (name.empty()) QUARN_THROW(where() + L"a data attribute needs a name.");
+                port.dataAttributes[type][name] = value ? value->Clone() : nullptr;
+            }
+        }
+        if (!declared.defaultValue.empty() && !declared.types.empty()) {
+            try {
+                port.defaultData =
+                    DataFactory::FromString(declared.types.front(), declared.defaultValue);
+            } catch (const std::exception& error) {
+                QUARN_THROW(where() + L"bad default value: " + qtxt::widen(error.what()));
+            }
+        }
+        prepared->ports.push_back(std::move(port));
+    }
+    prepared->definition = std::move(definition);
+    return prepared;
+}
+
 void Operator::ApplyDefinition(const OperatorDefinition& definition) {
-    CopyIdentity(*operatorData, definition);
-    operatorData->declaredPorts =
-        std::make_shared<const std::vector<PortDefinition>>(definition.ports);
-    Initialize();
+    LinkAccess::ApplySharedDefinition(*this, preparedDefinition::Prepare(definition));
 }
 
 void LinkAccess::ApplySharedDefinition(
-    Operator& op, const std::shared_ptr<const OperatorDefinition>& definition) {
+    Operator& op, const std::shared_ptr<const preparedDefinition>& definition) {
     auto& record = Of(op);
-    ShareIdentity(record, definition);
-    record.declaredPorts =
-        std::shared_ptr<const std::vector<PortDefinition>>(definition, &definition->ports);
+    ShareIdentity(record,
+                  std::shared_ptr<const OperatorDefinition>(definition, &definition->definition));
+    record.definition = definition;
     op.Initialize();
 }
 
 std::vector<PortDefinition> Operator::GetDeclaredPorts() const {
-    if (!operatorData->declaredPorts) return {};
-    return *operatorData->declaredPorts;
+    if (!operatorData->definition) return {};
+    return operatorData->definition->definition.ports;
 }
 
 void Operator::Initialize() {
-    if (!operatorData->declaredPorts) return;
-    // Hold the definitions: a derived Initialize may apply another definition meanwhile.
-    auto declaredPorts = operatorData->declaredPorts;
-    for (const auto& declared : *declaredPorts) {
-        if (GetPort(declared.name)) continue;
-        auto port = AddPort(declared.name, declared.direction);
-        port->SetSupportedTypes(declared.types);
-        port->SetDescription(declared.description);
-        port->SetOptional(declared.optional);
-        port->SetIsHidden(declared.hidden);
-        port->SetPrivate(declared.isPrivate);
-        port->SetNative(true);
-        port->SetKeywords(declared.keywords);
+    if (!operatorData->definition) return;
+    // Hold the definition: a derived Initialize may apply another one meanwhile.
+    auto definition = operatorData->definition;
+    auto self = weak_from_this();
+    if (self.expired())
+        QUARN_THROW(L"Operator \"" + GetDisplayName() +
+                    L"\" must be held by a shared pointer before it gets ports.");
+    operatorData->ports.reserve(operatorData->ports.size() + definition->ports.size());
+    for (const auto& declared : definition->ports) {
+        if (GetPort(declared.shape->name)) continue;
+        // The port shares the definition's shape and copies the rest.
+        auto record = std::make_shared<portRecord>();
+        record->shape = declared.shape;
+        record->direction = declared.direction;
+        record->optional = declared.optional;
+        record->hidden = declared.hidden;
+        record->isPrivate = declared.isPrivate;
+        record->native = true;
+        if (declared.defaultData) record->defaultData = declared.defaultData->Clone();
         for (const auto& [type, attributes] : declared.dataAttributes)
             for (const auto& [name, value] : attributes)
-                port->SetDataTypeAttribute(ObjectName::Parse(type), name,
-                                           value ? value->Clone() : nullptr);
-        if (!declared.defaultValue.empty() && !declared.types.empty())
-            port->SetDefaultData(
-                DataFactory::FromString(declared.types.front(), declared.defaultValue));
+                record->dataTypeAttributes[type][name] = value ? value->Clone() : nullptr;
+        record->owner = self;
+        operatorData->ports.push_back(std::make_shared<Port>(std::move(record)));
     }
 }
 
@@ -182,7 +219,7 @@ std::vector<std::shared_ptr<Port>> Operator::GetPorts() const {
 
 std::shared_ptr<Port> Operator::GetPort(const std::wstring& name) const {
     for (const auto& port : operatorData->ports)
-        if (LinkAccess::Of(*port).name == name) return port;
+        if (LinkAccess::Of(*port).Name() == name) return port;
     return nullptr;
 }
 
@@ -200,13 +237,13 @@ std::shared_ptr<Port> Operator::AddPort(const std::wstring& name, PortDirection 
 void Operator::AdoptPort(const std::shared_ptr<Port>& port) {
     if (!port) QUARN_THROW(L"Operator \"" + GetDisplayName() + L"\": cannot add an empty port.");
     auto& record = LinkAccess::Of(*port);
-    if (record.name.empty())
-        QUARN_THROW(L"Operator \"" + GetDisplayName() + L"\": a port needs a name.");
-    if (GetPort(record.name))
-        QUARN_THROW(L"Operator \"" + GetDisplayName() + L"\" already has a port named \"" +
-                    record.name + L"\".");
+    const auto& name = record.Name();
+    if (name.empty()) QUARN_THROW(L"Operator \"" + GetDisplayName() + L"\": a port needs a name.");
+    if (GetPort(name))
+        QUARN_THROW(L"Operator \"" + GetDisplayName() + L"\" already has a port named \"" + name +
+                    L"\".");
     if (port->TryGetOperator())
-        QUARN_THROW(L"Port \"" + record.name + L"\" already belongs to another operator.");
+        QUARN_THROW(L"Port \"" + name + L"\" already belongs to another operator.");
     auto self = weak_from_this();
     if (self.expired())
         QUARN_THROW(L"Operator \"" + GetDisplayName() +
@@ -234,7 +271,7 @@ bool Operator::RenamePort(const std::wstring& oldName, const std::wstring& newNa
     if (GetPort(newName))
         QUARN_THROW(L"Operator \"" + GetDisplayName() + L"\" already has a port named \"" +
                     newName + L"\".");
-    LinkAccess::Of(*port).name = newName;
+    LinkAccess::Of(*port).Edit().name = newName;
     return true;
 }
 

@@ -40,7 +40,7 @@ struct operatorFactoryRecord {
     std::mutex lock;
     // Definitions never change once registered (Register replaces them whole), so operators
     // made from them share them instead of copying.
-    std::map<ObjectName, std::shared_ptr<const OperatorDefinition>> builtIns;
+    std::map<ObjectName, std::shared_ptr<const preparedDefinition>> builtIns;
     std::map<ObjectName, std::shared_ptr<PluginTypeInfo>> builtInInfos;
     std::map<ObjectName, userOperator> userOperators;
     std::wstring folderOverride;
@@ -78,8 +78,7 @@ operatorFactoryRecord& Registry() {
         for (auto& definition : detail::BuiltInOperators()) {
             registry.builtInInfos[definition.name] = InfoOf(definition);
             auto name = definition.name;
-            registry.builtIns[name] =
-                std::make_shared<const OperatorDefinition>(std::move(definition));
+            registry.builtIns[name] = preparedDefinition::Prepare(std::move(definition));
         }
     });
     return registry;
@@ -283,7 +282,7 @@ bool OperatorFactory::Rescan() {
 std::shared_ptr<Operator> OperatorFactory::TryCreate(const ObjectName& name) {
     auto& registry = Registry();
     Rescan();
-    std::shared_ptr<const OperatorDefinition> definition;
+    std::shared_ptr<const preparedDefinition> definition;
     userOperator user;
     UserOperatorLoader loader;
     bool builtIn = false;
@@ -301,7 +300,8 @@ std::shared_ptr<Operator> OperatorFactory::TryCreate(const ObjectName& name) {
         }
     }
     if (builtIn) {
-        auto op = definition->make ? definition->make() : std::make_shared<Operator>();
+        auto op = definition->definition.make ? definition->definition.make()
+                                              : std::make_shared<Operator>();
         LinkAccess::ApplySharedDefinition(*op, definition);
         return op;
     }
@@ -414,7 +414,7 @@ bool OperatorFactory::IsExpressionFunction(const std::wstring& name) {
     auto& registry = Registry();
     std::lock_guard guard(registry.lock);
     for (const auto& [type, definition] : registry.builtIns) {
-        if (!definition->usableInExpression) continue;
+        if (!definition->definition.usableInExpression) continue;
         if (type.GetName() == name || type.GetFullName() == name) return true;
     }
     return false;
@@ -446,9 +446,11 @@ void OperatorFactory::Register(const OperatorDefinition& definition) {
         QUARN_THROW(L"An operator type needs a namespace and a name (got \"" +
                     definition.name.GetFullName() + L"\").");
     auto& registry = Registry();
+    // Prepared outside the lock: reading the defaults may raise.
+    auto prepared = preparedDefinition::Prepare(definition);
     {
         std::lock_guard guard(registry.lock);
-        registry.builtIns[definition.name] = std::make_shared<const OperatorDefinition>(definition);
+        registry.builtIns[definition.name] = std::move(prepared);
         registry.builtInInfos[definition.name] = InfoOf(definition);
     }
     RunCallbacks(registry);

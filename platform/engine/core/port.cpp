@@ -60,32 +60,38 @@ std::shared_ptr<Port> Port::Create(const std::wstring& name, PortDirection direc
 }
 
 Port::Port(std::wstring name, PortDirection direction) : portData(std::make_shared<portRecord>()) {
-    portData->name = std::move(name);
+    auto shape = std::make_shared<portShape>();
+    shape->name = std::move(name);
+    portData->shape = std::move(shape);
+    portData->ownShape = true;
     portData->direction = direction;
 }
+
+Port::Port(std::shared_ptr<portRecord> record) : portData(std::move(record)) {}
 
 Port::~Port() = default;
 
 std::wstring Port::GetName() const {
-    return portData->name;
+    return portData->Name();
 }
 std::wstring Port::GetDisplayName() const {
-    return portData->displayName.empty() ? portData->name : portData->displayName;
+    const auto& shape = *portData->shape;
+    return shape.displayName.empty() ? shape.name : shape.displayName;
 }
 void Port::SetDisplayName(const std::wstring& displayName) {
-    portData->displayName = displayName;
+    if (portData->shape->displayName != displayName) portData->Edit().displayName = displayName;
 }
 std::wstring Port::GetDescription() const {
-    return portData->description;
+    return portData->shape->description;
 }
 void Port::SetDescription(const std::wstring& description) {
-    portData->description = description;
+    if (portData->shape->description != description) portData->Edit().description = description;
 }
 std::vector<std::wstring> Port::GetKeywords() const {
-    return portData->keywords;
+    return portData->shape->keywords;
 }
 void Port::SetKeywords(const std::vector<std::wstring>& keywords) {
-    portData->keywords = keywords;
+    if (portData->shape->keywords != keywords) portData->Edit().keywords = keywords;
 }
 
 PortDirection Port::GetDirection() const {
@@ -125,58 +131,67 @@ void Port::SetNative(bool native) {
 }
 
 std::vector<ObjectName> Port::GetSupportedDataTypes() const {
+    const auto& shape = *portData->shape;
     std::vector<ObjectName> result;
-    for (const auto* list : {&portData->supported, &portData->extra})
+    for (const auto* list : {&shape.supported, &shape.extra})
         for (const auto& type : *list)
-            if (std::find(portData->excluded.begin(), portData->excluded.end(), type) ==
-                portData->excluded.end())
+            if (std::find(shape.excluded.begin(), shape.excluded.end(), type) ==
+                shape.excluded.end())
                 AddUnique(result, type);
     return result;
 }
 std::vector<ObjectName> Port::GetDeclaredSupportedTypes() const {
-    return portData->supported;
+    return portData->shape->supported;
 }
 void Port::SetSupportedTypes(const std::vector<ObjectName>& types) {
-    portData->supported.clear();
-    portData->supported.reserve(types.size());
-    for (const auto& type : types) AddUnique(portData->supported, type);
+    std::vector<ObjectName> unique;
+    unique.reserve(types.size());
+    for (const auto& type : types) AddUnique(unique, type);
+    if (portData->shape->supported != unique) portData->Edit().supported = std::move(unique);
 }
 void Port::AddSupportedType(const ObjectName& type) {
-    AddUnique(portData->supported, type);
+    const auto& supported = portData->shape->supported;
+    if (std::find(supported.begin(), supported.end(), type) == supported.end())
+        portData->Edit().supported.push_back(type);
 }
 void Port::ClearSupportedTypes() {
-    portData->supported.clear();
+    if (!portData->shape->supported.empty()) portData->Edit().supported.clear();
 }
 std::vector<ObjectName> Port::GetExtraSupportedTypes() const {
-    return portData->extra;
+    return portData->shape->extra;
 }
 void Port::AddExtraSupportedType(const ObjectName& type) {
-    AddUnique(portData->extra, type);
+    const auto& extra = portData->shape->extra;
+    if (std::find(extra.begin(), extra.end(), type) == extra.end())
+        portData->Edit().extra.push_back(type);
 }
 void Port::ClearExtraSupportedTypes() {
-    portData->extra.clear();
+    if (!portData->shape->extra.empty()) portData->Edit().extra.clear();
 }
 std::vector<ObjectName> Port::GetExcludedTypes() const {
-    return portData->excluded;
+    return portData->shape->excluded;
 }
 void Port::AddExcludedType(const ObjectName& type) {
-    AddUnique(portData->excluded, type);
+    const auto& excluded = portData->shape->excluded;
+    if (std::find(excluded.begin(), excluded.end(), type) == excluded.end())
+        portData->Edit().excluded.push_back(type);
 }
 void Port::ClearExcludedTypes() {
-    portData->excluded.clear();
+    if (!portData->shape->excluded.empty()) portData->Edit().excluded.clear();
 }
 
 bool Port::SupportsType(const ObjectName& type) const {
     // Walks the lists in place: this runs for every value set, and GetSupportedDataTypes copies.
     static const ObjectName generic = Data::DefaultTypeName();
-    const auto& excluded = portData->excluded;
+    const auto& shape = *portData->shape;
+    const auto& excluded = shape.excluded;
     auto isExcluded = [&excluded](const ObjectName& candidate) {
         return std::find(excluded.begin(), excluded.end(), candidate) != excluded.end();
     };
     if (isExcluded(type)) return false;
     bool any = false;
     bool acceptsAll = false;
-    for (const auto* list : {&portData->supported, &portData->extra}) {
+    for (const auto* list : {&shape.supported, &shape.extra}) {
         for (const auto& candidate : *list) {
             if (isExcluded(candidate)) continue;
             if (candidate == type) return true;
@@ -269,10 +284,11 @@ bool Port::SetDataFromString(const std::wstring& text) {
 
 Port::AttributeMap Port::GetAttributeMap() const {
     auto map = portData->attributes;
-    if (!portData->keywords.empty())
-        map[keywordsAttribute] = std::make_shared<StringListData>(portData->keywords);
-    if (!portData->extra.empty()) map[additionalTypesAttribute] = TypeList(portData->extra);
-    if (!portData->excluded.empty()) map[excludedTypesAttribute] = TypeList(portData->excluded);
+    const auto& shape = *portData->shape;
+    if (!shape.keywords.empty())
+        map[keywordsAttribute] = std::make_shared<StringListData>(shape.keywords);
+    if (!shape.extra.empty()) map[additionalTypesAttribute] = TypeList(shape.extra);
+    if (!shape.excluded.empty()) map[excludedTypesAttribute] = TypeList(shape.excluded);
     return map;
 }
 
@@ -289,11 +305,11 @@ bool Port::HasAttribute(const std::wstring& name) const {
 void Port::SetAttribute(const std::wstring& name, const std::shared_ptr<Data>& value) {
     if (name.empty()) QUARN_THROW(Describe(*this) + L": an attribute needs a name.");
     if (name == keywordsAttribute) {
-        portData->keywords = TextsOf(value);
+        portData->Edit().keywords = TextsOf(value);
     } else if (name == additionalTypesAttribute) {
-        portData->extra = TypesOf(value);
+        portData->Edit().extra = TypesOf(value);
     } else if (name == excludedTypesAttribute) {
-        portData->excluded = TypesOf(value);
+        portData->Edit().excluded = TypesOf(value);
     } else {
         portData->attributes[name] = value;
     }
@@ -400,17 +416,17 @@ void Port::CopyContentsFrom(const Port& other) {
     if (&other == this) return;
     const auto& source = *other.portData;
     auto& target = *portData;
-    target.displayName = source.displayName;
-    target.description = source.description;
-    target.keywords = source.keywords;
+    // The name stays; everything else of the shape is the other port's.
+    auto name = target.Name();
+    auto shape = std::make_shared<portShape>(*source.shape);
+    shape->name = std::move(name);
+    target.shape = std::move(shape);
+    target.ownShape = true;
     target.direction = source.direction;
     target.optional = source.optional;
     target.hidden = source.hidden && !IsConnected();
     target.isPrivate = source.isPrivate;
     target.native = source.native;
-    target.supported = source.supported;
-    target.extra = source.extra;
-    target.excluded = source.excluded;
     target.data = source.data ? source.data->Clone() : nullptr;
     target.defaultData = source.defaultData ? source.defaultData->Clone() : nullptr;
     target.attributes = CloneMap(source.attributes);

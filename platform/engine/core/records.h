@@ -18,19 +18,28 @@
 
 namespace Velmar::Lattix {
 
-struct portRecord {
+// The texts and type lists of a port. The ports an operator type makes share one with the type's
+// definition until one of them changes it; then that port gets its own copy (portRecord::Edit).
+struct portShape {
     std::wstring name;
     std::wstring displayName;
     std::wstring description;
     std::vector<std::wstring> keywords;
+    std::vector<ObjectName> supported;
+    std::vector<ObjectName> extra;
+    std::vector<ObjectName> excluded;
+};
+
+struct portRecord {
+    // Never null.
+    std::shared_ptr<const portShape> shape;
+    // Whether shape was made for this port alone (then Edit changes it in place).
+    bool ownShape = false;
     PortDirection direction = PortDirection::Input;
     bool optional = false;
     bool hidden = false;
     bool isPrivate = false;
     bool native = false;
-    std::vector<ObjectName> supported;
-    std::vector<ObjectName> extra;
-    std::vector<ObjectName> excluded;
     std::shared_ptr<Data> data;
     std::shared_ptr<Data> defaultData;
     Port::AttributeMap attributes;
@@ -42,6 +51,40 @@ struct portRecord {
     // A model port's inner aliased ports; an inner port's model port.
     std::vector<std::shared_ptr<Port>> innerAliased;
     std::weak_ptr<Port> aliasingPort;
+
+    const std::wstring& Name() const { return shape->name; }
+    // The shape, to change: copied first when it is shared.
+    portShape& Edit() {
+        if (!ownShape) {
+            shape = std::make_shared<portShape>(*shape);
+            ownShape = true;
+        }
+        // Made non-const by the line above or by whoever set ownShape.
+        return const_cast<portShape&>(*shape);
+    }
+};
+
+// One declared port of an operator type, made ready once for all the ports made from it: the
+// shape to share, and the default and data attributes read into values to copy.
+struct preparedPort {
+    std::shared_ptr<const portShape> shape;
+    PortDirection direction = PortDirection::Input;
+    bool optional = false;
+    bool hidden = false;
+    bool isPrivate = false;
+    std::shared_ptr<const Data> defaultData;
+    Port::DataTypeAttributeMapMap dataAttributes;
+};
+
+// An operator definition with its ports made ready. Never changed once made, so that operators
+// share it.
+struct preparedDefinition {
+    OperatorDefinition definition;
+    std::vector<preparedPort> ports;
+
+    // Reads the defaults and data attributes of the definition's ports; a default that its
+    // port's first type does not read raises QuarnLog::Exception naming the operator and port.
+    static std::shared_ptr<const preparedDefinition> Prepare(OperatorDefinition definition);
 };
 
 // One registration of a message callback. Calls and the token's release are serialised by
@@ -86,7 +129,7 @@ struct operatorRecord {
     std::wstring uri;
     // Shared with the factory's definition (never changed once made), so that creating an
     // operator does not copy its port definitions.
-    std::shared_ptr<const std::vector<PortDefinition>> declaredPorts;
+    std::shared_ptr<const preparedDefinition> definition;
     std::vector<std::shared_ptr<Port>> ports;
     std::map<std::wstring, std::shared_ptr<Data>> attributes;
     std::vector<std::weak_ptr<Operator>> parents;
@@ -128,9 +171,9 @@ struct LinkAccess {
     // Removes every link and alias of a port.
     static void DetachAll(const std::shared_ptr<Port>& port);
 
-    // ApplyDefinition without copying: the operator keeps a share of the definition's ports.
+    // ApplyDefinition without copying: the operator keeps a share of the definition.
     static void ApplySharedDefinition(Operator& op,
-                                      const std::shared_ptr<const OperatorDefinition>& definition);
+                                      const std::shared_ptr<const preparedDefinition>& definition);
 
     static void Validate(Operator& op, const Port& port, const std::shared_ptr<Data>& data) {
         op.ValidatePortData(port, data);

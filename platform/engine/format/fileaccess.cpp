@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <string>
@@ -51,18 +52,23 @@ std::string ReadWholeFile(const std::wstring& path) {
     struct stat info {};
     if (::fstat(file.Get(), &info) == 0 && S_ISDIR(info.st_mode))
         QUARN_THROW(L"Cannot open model file \"" + path + L"\": it is a folder.");
+    // Read straight into a buffer one byte larger than the file, so that the read meeting its end
+    // needs no more room; a file that grows meanwhile (or reports no size) is read on in chunks.
     std::string bytes;
-    char buffer[65536];
+    std::size_t used = 0;
+    if (info.st_size > 0) bytes.resize(static_cast<std::size_t>(info.st_size) + 1);
     for (;;) {
-        auto got = ::read(file.Get(), buffer, sizeof buffer);
+        if (used == bytes.size()) bytes.resize(std::max<std::size_t>(bytes.size() * 2, 65536));
+        auto got = ::read(file.Get(), bytes.data() + used, bytes.size() - used);
         if (got < 0) {
             if (errno == EINTR) continue;
             QUARN_THROW(L"Cannot read model file \"" + path + L"\" (" + SystemError("read", errno) +
                         L").");
         }
         if (got == 0) break;
-        bytes.append(buffer, static_cast<std::size_t>(got));
+        used += static_cast<std::size_t>(got);
     }
+    bytes.resize(used);
     return bytes;
 }
 

@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <typeinfo>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -18,11 +19,13 @@
 #include "QuarnLog/Exception.h"
 #include "Velmar/Lattix/Data.h"
 #include "Velmar/Lattix/DataFactory.h"
+#include "Velmar/Lattix/DoubleData.h"
 #include "Velmar/Lattix/JsonValue.h"
 #include "Velmar/Lattix/Model.h"
 #include "Velmar/Lattix/Operator.h"
 #include "Velmar/Lattix/OperatorFactory.h"
 #include "Velmar/Lattix/Port.h"
+#include "core/records.h"
 #include "format/modelxml.h"
 #include "format/modelxmlnames.h"
 #include "qtxt/Text.h"
@@ -124,6 +127,83 @@ JsonValue ParseValue(std::string_view text) {
     return JsonValue::FromText(std::string(text));
 }
 
+// The operators of one model by their file id, each with the number of flow parents the file gave
+// it. The writer numbers operators 1, 2, 3...: those ids go to a vector, and only ids far beyond
+// the model's size (hand-edited files) to a map.
+struct IdEntry {
+    std::shared_ptr<Operator> op;
+    std::size_t flowParents = 0;
+};
+
+class IdTable {
+public:
+    explicit IdTable(std::size_t expected) : denseLimit(2 * expected + 64) {}
+
+    bool Contains(int id) const { return Find(id) != nullptr; }
+
+    void Add(int id, std::shared_ptr<Operator> op) {
+        auto index = static_cast<std::size_t>(id);
+        if (index < denseLimit) {
+            if (dense.size() <= index) dense.resize(index + 1);
+            dense[index].op = std::move(op);
+        } else {
+            sparse[id].op = std::move(op);
+        }
+    }
+
+    // Null when no operator has the id.
+    IdEntry* Find(int id) {
+        if (id < 0) return nullptr;
+        auto index = static_cast<std::size_t>(id);
+        if (index < denseLimit)
+            return index < dense.size() && dense[index].op ? &dense[index] : nullptr;
+        auto found = sparse.find(id);
+        return found == sparse.end() ? nullptr : &found->second;
+    }
+    const IdEntry* Find(int id) const { return const_cast<IdTable&>(*this).Find(id); }
+
+    template <typename Fn>
+    void ForEach(Fn&& fn) const {
+        for (std::size_t index = 0; index < dense.size(); ++index)
+            if (dense[index].op) fn(static_cast<int>(index), dense[index]);
+        for (const auto& [id, entry] : sparse) fn(id, entry);
+    }
+
+private:
+    std::size_t denseLimit;
+    std::vector<IdEntry> dense;
+    std::unordered_map<int, IdEntry> sparse;
+};
+
+// Reads text that is exactly a JSON number into a double, as DoubleData::FromJson reads the
+// number the JSON parser makes of it; false for any other text.
+bool ReadNumber(std::string_view text, DoubleData& data) {
+    bool integral = false;
+    if (!IsJsonNumber(text, integral)) return false;
+    const char* first = text.data();
+    const char* last = text.data() + text.size();
+    if (integral) {
+        // The parser keeps whole numbers whole; they become doubles only when read.
+        if (text.front() == '-') {
+            std::int64_t whole = 0;
+            auto [end, error] = std::from_chars(first, last, whole);
+            if (error != std::errc() || end != last) return false;
+            data.SetValue(static_cast<double>(whole));
+        } else {
+            std::uint64_t whole = 0;
+            auto [end, error] = std::from_chars(first, last, whole);
+            if (error != std::errc() || end != last) return false;
+            data.SetValue(static_cast<double>(whole));
+        }
+        return true;
+    }
+    double number = 0;
+    auto [end, error] = std::from_chars(first, last, number);
+    if (error != std::errc() || end != last) return false;
+    data.SetValue(number);
+    return true;
+}
+
 class Reader {
 public:
     Reader(std::string_view bytes, std::wstring source) : bytes(bytes), source(std::move(source)) {}
@@ -213,6 +293,17 @@ private:
         return W(attribute.value());
     }
 
+    // A name that a file repeats many times (port, attribute and operator names), widened once.
+    const std::wstring& RequiredName(const pugi::xml_node& node, const char* attributeName) const {
+        auto attribute = node.attribute(attributeName);
+        if (!attribute) Fail(node, L"the attribute \"" + W(attributeName) + L"\" is missing.");
+        std::string_view text = attribute.value();
+        auto found = names.find(text);
+        if (found == names.end())
+            found = names.emplace(std::string(text), W(attribute.value())).first;
+        return found->second;
+    }
+
     bool Flag(const pugi::xml_node& node, const char* name, bool fallback = false) const {
         auto attribute = node.attribute(name);
         if (!attribute) return fallback;
@@ -276,22 +367,26 @@ private:
             if (node.first_child()) Fail(node, L"a value needs a \"type\" attribute.");
             return nullptr;
         }
-        // Files name few types many times: each is converted and checked once.
-        auto known = dataTypes.find(typeAttribute.value());
+        // Files name few types many times: each is converted, checked and made once, and its values
+        // are copies of that first one.
+        auto known = dataTypes.find(std::string_view(typeAttribute.value()));
         if (known == dataTypes.end()) {
             auto typeName = W(typeAttribute.value());
             ObjectName type;
             if (!ObjectName::TryParse(typeName, type))
                 Fail(node, L"the data type name " + Excerpt(typeName) +
                                L" is not of the form Namespace.Name.");
-            if (!DataFactory::TryCreate(type))
-                Fail(node, L"unknown data type \"" + typeName + L"\".");
-            known = dataTypes.emplace(typeAttribute.value(), type).first;
+            auto prototype = DataFactory::TryCreate(type);
+            if (!prototype) Fail(node, L"unknown data type \"" + typeName + L"\".");
+            bool isDouble = typeid(*prototype) == typeid(DoubleData);
+            known = dataTypes.emplace(typeAttribute.value(), KnownType{type, prototype, isDouble})
+                        .first;
         }
-        const ObjectName& type = known->second;
-        auto data = DataFactory::TryCreate(type);
-        if (!data) Fail(node, L"unknown data type \"" + type.GetFullName() + L"\".");
+        const auto& [type, prototype, isDouble] = known->second;
+        auto data = prototype->Clone();
         std::string_view text = node.child_value();
+        // The common case read directly, as FromJson would read it: any JSON number.
+        if (isDouble && ReadNumber(text, static_cast<DoubleData&>(*data))) return data;
         if (JsonDepth(text) > MaxValueDepth)
             Fail(node, L"the value nests lists or dictionaries deeper than " +
                            std::to_wstring(MaxValueDepth) + L" levels.");
@@ -308,8 +403,8 @@ private:
         if (depth > MaxModelDepth)
             Fail(node, L"models nest deeper than " + std::to_wstring(MaxModelDepth) + L" levels.");
         bool plainModel = Is(node, xml::ModelElement);
-        auto nameSpace = Required(node, xml::Namespace);
-        auto name = Required(node, xml::Name);
+        const auto& nameSpace = RequiredName(node, xml::Namespace);
+        const auto& name = RequiredName(node, xml::Name);
         if (nameSpace.empty() || name.empty() || nameSpace.find(L'.') != std::wstring::npos ||
             name.find(L'.') != std::wstring::npos)
             Fail(node, L"the operator name \"" + nameSpace + L"." + name + L"\" is not valid.");
@@ -318,7 +413,11 @@ private:
             op = std::make_shared<Model>(nameSpace, name);
         } else {
             try {
-                op = OperatorFactory::TryCreate(ObjectName(nameSpace, name));
+                auto key = std::make_pair(&nameSpace, &name);
+                auto known = operatorNames.find(key);
+                if (known == operatorNames.end())
+                    known = operatorNames.emplace(key, ObjectName(nameSpace, name)).first;
+                op = OperatorFactory::TryCreate(known->second);
             } catch (const std::exception& error) {
                 Fail(node, L"operator \"" + nameSpace + L"." + name + L"\" cannot be made: " +
                                W(error.what()));
@@ -344,8 +443,8 @@ private:
             model->SetPlainFormatForbidden(Flag(node, xml::PlainFormatForbidden));
         }
 
-        std::unordered_map<int, std::shared_ptr<Operator>> ids;
-        if (model) ids[0] = op;
+        IdTable ids(model ? static_cast<std::size_t>(std::distance(node.begin(), node.end())) : 0);
+        if (model) ids.Add(0, op);
         pugi::xml_node links;
         pugi::xml_node portOrder;
         // A model's ports take the types of the ports they alias when they have none; the types
@@ -367,7 +466,7 @@ private:
             } else if (Is(child, xml::PortOrder)) {
                 portOrder = child;
             } else if (Is(child, xml::Attribute)) {
-                auto attributeName = Required(child, xml::Name);
+                const auto& attributeName = RequiredName(child, xml::Name);
                 if (Flag(child, xml::Removed)) {
                     op->RemoveAttribute(attributeName);
                 } else {
@@ -378,11 +477,11 @@ private:
             } else if (model && (Is(child, xml::OperatorElement) || Is(child, xml::ModelElement))) {
                 int id = Reference(child, xml::Id);
                 if (id == 0) Fail(child, L"operator id 0 stands for the model itself.");
-                if (ids.count(id))
+                if (ids.Contains(id))
                     Fail(child, L"duplicate operator id " + std::to_wstring(id) + L".");
                 auto inner = ReadOperator(child, depth + 1);
                 Guard(child, [&] { model->AddOperator(inner); });
-                ids[id] = inner;
+                ids.Add(id, inner);
             } else if (model && Is(child, xml::Links)) {
                 if (links) Fail(child, L"a model has one <Links> element.");
                 links = child;
@@ -409,7 +508,7 @@ private:
     }
 
     std::shared_ptr<Port> ReadPort(const pugi::xml_node& node, Operator& op) const {
-        auto name = Required(node, xml::Name);
+        const auto& name = RequiredName(node, xml::Name);
         if (name.empty()) Fail(node, L"a port needs a name.");
         if (Flag(node, xml::Removed)) {
             op.RemovePort(name);
@@ -503,19 +602,21 @@ private:
         }
     }
 
-    std::shared_ptr<Operator> Lookup(
-        const pugi::xml_node& node, const char* attribute,
-        const std::unordered_map<int, std::shared_ptr<Operator>>& ids) const {
+    IdEntry& Entry(const pugi::xml_node& node, const char* attribute, IdTable& ids) const {
         int id = Reference(node, attribute);
-        auto found = ids.find(id);
-        if (found == ids.end())
-            Fail(node, L"the model has no operator with id " + std::to_wstring(id) + L".");
-        return found->second;
+        auto* found = ids.Find(id);
+        if (!found) Fail(node, L"the model has no operator with id " + std::to_wstring(id) + L".");
+        return *found;
+    }
+
+    const std::shared_ptr<Operator>& Lookup(const pugi::xml_node& node, const char* attribute,
+                                            IdTable& ids) const {
+        return Entry(node, attribute, ids).op;
     }
 
     std::shared_ptr<Port> PortOf(const pugi::xml_node& node, const char* attribute,
                                  const std::shared_ptr<Operator>& op) const {
-        auto name = Required(node, attribute);
+        const auto& name = RequiredName(node, attribute);
         auto port = op->GetPort(name);
         if (!port)
             Fail(node,
@@ -523,9 +624,8 @@ private:
         return port;
     }
 
-    std::shared_ptr<LattixBasic::ConditionalProcess> OwnerOf(
-        const pugi::xml_node& node,
-        const std::unordered_map<int, std::shared_ptr<Operator>>& ids) const {
+    std::shared_ptr<LattixBasic::ConditionalProcess> OwnerOf(const pugi::xml_node& node,
+                                                             IdTable& ids) const {
         auto owner = std::dynamic_pointer_cast<LattixBasic::ConditionalProcess>(
             Lookup(node, xml::Owner, ids));
         if (!owner)
@@ -533,9 +633,7 @@ private:
         return owner;
     }
 
-    void ReadLinks(const pugi::xml_node& links, Model& model,
-                   const std::unordered_map<int, std::shared_ptr<Operator>>& ids) const {
-        std::set<std::pair<Operator*, Operator*>> flow;
+    void ReadLinks(const pugi::xml_node& links, Model& model, IdTable& ids) const {
         // One pass sorts the links by kind; each kind is then applied in the order of the file.
         const char* kinds[] = {xml::Parent, xml::Connection, xml::Alias,
                                xml::Body,   xml::Test,       xml::Tail};
@@ -555,11 +653,12 @@ private:
         };
         // Flow parents first, in their saved order; data links would otherwise add theirs first.
         for (const auto& node : children(xml::Parent)) {
-            auto child = Lookup(node, xml::Child, ids);
-            auto parent = Lookup(node, xml::ParentId, ids);
-            if (child == parent) Fail(node, L"an operator cannot be its own flow parent.");
-            Guard(node, [&] { child->AddParent(parent); });
-            flow.insert({child.get(), parent.get()});
+            auto& child = Entry(node, xml::Child, ids);
+            const auto& parent = Lookup(node, xml::ParentId, ids);
+            if (child.op == parent) Fail(node, L"an operator cannot be its own flow parent.");
+            bool added = false;
+            Guard(node, [&] { added = child.op->AddParent(parent); });
+            if (added) ++child.flowParents;
         }
         for (const auto& node : children(xml::Connection)) {
             auto parent = Lookup(node, xml::From, ids);
@@ -568,12 +667,14 @@ private:
             auto childPort = PortOf(node, xml::ToPort, child);
             Guard(node, [&] { Operator::ConnectParent(child, parent, parentPort, childPort); });
         }
-        // A data link whose flow link the user removed afterwards.
-        for (const auto& [id, op] : ids) {
-            if (id == 0) continue;
-            for (const auto& parent : op->GetParents())
-                if (!flow.count({op.get(), parent.get()})) op->RemoveParent(parent);
-        }
+        // A data link whose flow link the user removed afterwards: connecting gave the child a flow
+        // parent after those the file lists.
+        ids.ForEach([](int id, const IdEntry& entry) {
+            if (id == 0) return;
+            if (LinkAccess::Of(*entry.op).parents.size() <= entry.flowParents) return;
+            auto all = entry.op->GetParents();
+            for (auto i = entry.flowParents; i < all.size(); ++i) entry.op->RemoveParent(all[i]);
+        });
         for (const auto& node : children(xml::Alias)) {
             auto inner = Lookup(node, xml::OperatorRef, ids);
             if (inner.get() == &model)
@@ -605,7 +706,15 @@ private:
 
     std::string_view bytes;
     std::wstring source;
-    mutable std::map<std::string, ObjectName, std::less<>> dataTypes;
+    struct KnownType {
+        ObjectName type;
+        std::shared_ptr<Data> prototype;
+        bool isDouble;
+    };
+    mutable std::map<std::string, KnownType, std::less<>> dataTypes;
+    mutable std::map<std::string, std::wstring, std::less<>> names;
+    // Keyed by the widened names above, which stay in place.
+    std::map<std::pair<const std::wstring*, const std::wstring*>, ObjectName> operatorNames;
 };
 
 }  // namespace

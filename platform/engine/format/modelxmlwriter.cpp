@@ -120,16 +120,17 @@ struct PortState {
     explicit PortState(const Port& port) : PortState(LinkAccess::Of(port)) {}
     explicit PortState(const portRecord& record)
         : direction(record.direction),
-          displayName(record.displayName.empty() ? record.name : record.displayName),
-          description(record.description),
-          keywords(record.keywords),
+          displayName(record.shape->displayName.empty() ? record.shape->name
+                                                        : record.shape->displayName),
+          description(record.shape->description),
+          keywords(record.shape->keywords),
           optional(record.optional),
           hidden(record.hidden),
           isPrivate(record.isPrivate),
           native(record.native),
-          types(record.supported),
-          extra(record.extra),
-          excluded(record.excluded),
+          types(record.shape->supported),
+          extra(record.shape->extra),
+          excluded(record.shape->excluded),
           defaultData(record.defaultData),
           data(record.data),
           attributes(OwnPortAttributes(record.attributes, filtered)),
@@ -286,7 +287,7 @@ private:
         const auto& ports = LinkAccess::Of(op).ports;
         std::vector<const std::wstring*> actual;
         actual.reserve(ports.size());
-        for (const auto& port : ports) actual.push_back(&LinkAccess::Of(*port).name);
+        for (const auto& port : ports) actual.push_back(&LinkAccess::Of(*port).Name());
         auto present = [&actual](const std::wstring& name) {
             return std::any_of(actual.begin(), actual.end(),
                                [&name](const std::wstring* own) { return *own == name; });
@@ -411,10 +412,10 @@ private:
                     auto link = links.append_child(xml::Connection);
                     link.append_attribute(xml::From).set_value(parentId);
                     link.append_attribute(xml::FromPort)
-                        .set_value(U8(LinkAccess::Of(*parentPort).name).c_str());
+                        .set_value(U8(LinkAccess::Of(*parentPort).Name()).c_str());
                     link.append_attribute(xml::To).set_value(childId);
                     link.append_attribute(xml::ToPort)
-                        .set_value(U8(LinkAccess::Of(*port).name).c_str());
+                        .set_value(U8(LinkAccess::Of(*port).Name()).c_str());
                 });
             }
         };
