@@ -1,6 +1,7 @@
 #include "Velmar/Lattix/Operator.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <set>
 #include <type_traits>
 
@@ -19,7 +20,11 @@ std::shared_ptr<const std::wstring> DefaultColorCategory() {
     return shared;
 }
 
-Operator::Operator() : Operator(L"TAMARIN", L"Operator") {}
+Operator::Operator() : operatorData(std::make_shared<operatorRecord>()) {
+    // Shared: most operators are made bare and named by their definition straight away.
+    static const ObjectName bare(L"TAMARIN", L"Operator");
+    operatorData->name = bare;
+}
 
 Operator::Operator(std::wstring nameSpace, std::wstring name)
     : operatorData(std::make_shared<operatorRecord>()) {
@@ -183,6 +188,18 @@ std::vector<PortDefinition> Operator::GetDeclaredPorts() const {
     return operatorData->definition->definition.ports;
 }
 
+namespace {
+
+// A declared port made in one allocation with its record: operators are made by the thousand when
+// a model is read, and each has a few ports. The port's record pointer does not own the record;
+// both live and die together in this block, which nothing but the port refers to.
+struct declaredPort : Port {
+    declaredPort() : Port(std::shared_ptr<portRecord>(std::shared_ptr<void>(), &record)) {}
+    portRecord record;
+};
+
+}  // namespace
+
 void Operator::Initialize() {
     if (!operatorData->definition) return;
     // Hold the definition: a derived Initialize may apply another one meanwhile.
@@ -195,19 +212,20 @@ void Operator::Initialize() {
     for (const auto& declared : definition->ports) {
         if (GetPort(declared.shape->name)) continue;
         // The port shares the definition's shape and copies the rest.
-        auto record = std::make_shared<portRecord>();
-        record->shape = declared.shape;
-        record->direction = declared.direction;
-        record->optional = declared.optional;
-        record->hidden = declared.hidden;
-        record->isPrivate = declared.isPrivate;
-        record->native = true;
-        if (declared.defaultData) record->defaultData = declared.defaultData->Clone();
+        auto port = std::make_shared<declaredPort>();
+        auto& record = port->record;
+        record.shape = declared.shape;
+        record.direction = declared.direction;
+        record.optional = declared.optional;
+        record.hidden = declared.hidden;
+        record.isPrivate = declared.isPrivate;
+        record.native = true;
+        if (declared.defaultData) record.defaultData = declared.defaultData->Clone();
         for (const auto& [type, attributes] : declared.dataAttributes)
             for (const auto& [name, value] : attributes)
-                record->dataTypeAttributes[type][name] = value ? value->Clone() : nullptr;
-        record->owner = self;
-        operatorData->ports.push_back(std::make_shared<Port>(std::move(record)));
+                record.dataTypeAttributes[type][name] = value ? value->Clone() : nullptr;
+        record.owner = self;
+        operatorData->ports.push_back(std::move(port));
     }
 }
 
@@ -291,29 +309,107 @@ std::vector<std::shared_ptr<Port>> Operator::GetOutputPorts() const {
 
 // ---- attributes
 
+namespace {
+
+// Attribute names as 8-bit keys: each character in the UTF-8 byte scheme, extended to every value
+// a wchar_t may hold (no validation, so every name maps to its own key and back). Byte order of
+// the keys is the order of the names.
+std::string AttributeKey(const std::wstring& name) {
+    std::string key;
+    key.reserve(name.size());
+    for (wchar_t c : name) {
+        auto code = static_cast<std::uint32_t>(c);
+        if (code < 0x80) {
+            key += static_cast<char>(code);
+            continue;
+        }
+        int extra = code < 0x800       ? 1
+                    : code < 0x10000   ? 2
+                    : code < 0x200000  ? 3
+                    : code < 0x4000000 ? 4
+                                       : 5;
+        static const unsigned char lead[] = {0, 0xC0, 0xE0, 0xF0, 0xF8, 0xFC};
+        key += static_cast<char>(lead[extra] | (code >> (6 * extra)));
+        for (int i = extra - 1; i >= 0; --i)
+            key += static_cast<char>(0x80 | ((code >> (6 * i)) & 0x3F));
+    }
+    return key;
+}
+
+std::wstring AttributeName(const std::string& key) {
+    std::wstring name;
+    name.reserve(key.size());
+    for (std::size_t i = 0; i < key.size();) {
+        auto byte = static_cast<unsigned char>(key[i++]);
+        if (byte < 0x80) {
+            name += static_cast<wchar_t>(byte);
+            continue;
+        }
+        int extra = byte >= 0xFC ? 5 : byte >= 0xF8 ? 4 : byte >= 0xF0 ? 3 : byte >= 0xE0 ? 2 : 1;
+        std::uint32_t code = byte & (0x3F >> extra);
+        for (int k = 0; k < extra && i < key.size(); ++k)
+            code = (code << 6) | (static_cast<unsigned char>(key[i++]) & 0x3F);
+        name += static_cast<wchar_t>(code);
+    }
+    return name;
+}
+
+using AttributeList = std::vector<operatorRecord::attribute>;
+
+AttributeList::iterator FindAttribute(AttributeList& list, const std::string& key) {
+    auto found = std::lower_bound(list.begin(), list.end(), key,
+                                  [](const operatorRecord::attribute& entry, const std::string& k) {
+                                      return entry.name < k;
+                                  });
+    return found != list.end() && found->name == key ? found : list.end();
+}
+
+}  // namespace
+
 void Operator::SetAttribute(const std::wstring& name, const std::shared_ptr<Data>& value) {
     if (name.empty())
         QUARN_THROW(L"Operator \"" + GetDisplayName() + L"\": an attribute needs a name.");
     if (!value) {
-        operatorData->attributes.erase(name);
+        RemoveAttribute(name);
         return;
     }
-    operatorData->attributes[name] = value;
+    auto key = AttributeKey(name);
+    auto& list = operatorData->attributes;
+    // Operators mostly carry a position and little else. (Before the search: it moves the items.)
+    if (list.empty()) list.reserve(4);
+    auto at = std::lower_bound(list.begin(), list.end(), key,
+                               [](const operatorRecord::attribute& entry, const std::string& k) {
+                                   return entry.name < k;
+                               });
+    if (at != list.end() && at->name == key) {
+        at->value = value;
+        return;
+    }
+    list.insert(at, operatorRecord::attribute{std::move(key), value});
 }
 
 std::shared_ptr<Data> Operator::GetAttribute(const std::wstring& name) const {
-    auto found = operatorData->attributes.find(name);
-    return found == operatorData->attributes.end() ? nullptr : found->second;
+    auto& list = operatorData->attributes;
+    auto found = FindAttribute(list, AttributeKey(name));
+    return found == list.end() ? nullptr : found->value;
 }
 
 bool Operator::HasAttribute(const std::wstring& name) const {
-    return operatorData->attributes.count(name) > 0;
+    auto& list = operatorData->attributes;
+    return FindAttribute(list, AttributeKey(name)) != list.end();
 }
 bool Operator::RemoveAttribute(const std::wstring& name) {
-    return operatorData->attributes.erase(name) > 0;
+    auto& list = operatorData->attributes;
+    auto found = FindAttribute(list, AttributeKey(name));
+    if (found == list.end()) return false;
+    list.erase(found);
+    return true;
 }
 std::map<std::wstring, std::shared_ptr<Data>> Operator::GetAttributeMap() const {
-    return operatorData->attributes;
+    std::map<std::wstring, std::shared_ptr<Data>> map;
+    for (const auto& [key, value] : operatorData->attributes)
+        map.emplace_hint(map.end(), AttributeName(key), value);
+    return map;
 }
 
 // ---- process

@@ -299,18 +299,28 @@ std::shared_ptr<Operator> OperatorFactory::TryCreate(const ObjectName& name) {
             return nullptr;
         }
     }
-    if (builtIn) {
-        auto op = definition->definition.make ? definition->definition.make()
-                                              : std::make_shared<Operator>();
-        LinkAccess::ApplySharedDefinition(*op, definition);
-        return op;
-    }
+    if (builtIn) return LinkAccess::Instantiate(definition);
     if (!loader) return nullptr;
     auto model = loader(user.path);
     if (!model) QUARN_THROW(L"The user operator file " + user.path + L" gave no model.");
     model->SetOperatorName(name);
     model->SetUri(user.info->GetProperty(L"uri"));
     return model;
+}
+
+std::shared_ptr<Operator> LinkAccess::Instantiate(
+    const std::shared_ptr<const preparedDefinition>& definition) {
+    auto op = definition->definition.make ? definition->definition.make()
+                                          : std::make_shared<Operator>();
+    ApplySharedDefinition(*op, definition);
+    return op;
+}
+
+std::shared_ptr<const preparedDefinition> LinkAccess::FindBuiltIn(const ObjectName& name) {
+    auto& registry = Registry();
+    std::lock_guard guard(registry.lock);
+    auto found = registry.builtIns.find(name);
+    return found == registry.builtIns.end() ? nullptr : found->second;
 }
 
 std::shared_ptr<Operator> OperatorFactory::Create(const ObjectName& name) {

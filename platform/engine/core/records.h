@@ -131,7 +131,13 @@ struct operatorRecord {
     // operator does not copy its port definitions.
     std::shared_ptr<const preparedDefinition> definition;
     std::vector<std::shared_ptr<Port>> ports;
-    std::map<std::wstring, std::shared_ptr<Data>> attributes;
+    // In name order. Names are held in an 8-bit form (see operator.cpp), in which the short ASCII
+    // names operators carry ("PositionX") need no allocation of their own.
+    struct attribute {
+        std::string name;
+        std::shared_ptr<Data> value;
+    };
+    std::vector<attribute> attributes;
     std::vector<std::weak_ptr<Operator>> parents;
 
     // Shared with other threads: guarded by lock.
@@ -174,6 +180,11 @@ struct LinkAccess {
     // ApplyDefinition without copying: the operator keeps a share of the definition.
     static void ApplySharedDefinition(Operator& op,
                                       const std::shared_ptr<const preparedDefinition>& definition);
+    // A new operator of a built-in type, as OperatorFactory::Create makes it.
+    static std::shared_ptr<Operator> Instantiate(
+        const std::shared_ptr<const preparedDefinition>& definition);
+    // The registered built-in type of that name, or null (a user operator, or no such type).
+    static std::shared_ptr<const preparedDefinition> FindBuiltIn(const ObjectName& name);
 
     static void Validate(Operator& op, const Port& port, const std::shared_ptr<Data>& data) {
         op.ValidatePortData(port, data);

@@ -38,9 +38,60 @@ std::wstring W(const char* text) {
     return qtxt::UTF8toDefaultWide(text);
 }
 
-bool Is(const pugi::xml_node& node, const char* name) {
-    return std::strcmp(node.name(), name) == 0;
+// Names are compared first by their first letter: elements and attributes are looked up among
+// many candidates, and most differ there.
+bool Same(const char* a, const char* b) {
+    return a[0] == b[0] && std::strcmp(a, b) == 0;
 }
+
+bool Is(const pugi::xml_node& node, const char* name) {
+    return Same(node.name(), name);
+}
+
+// The attribute of that name, or an empty one.
+pugi::xml_attribute Attr(const pugi::xml_node& node, const char* name) {
+    for (auto attribute = node.first_attribute(); attribute; attribute = attribute.next_attribute())
+        if (Same(attribute.name(), name)) return attribute;
+    return {};
+}
+
+// An element with its attributes gathered in one pass: an element is asked for each attribute
+// it may have, and each ask of the parser walks the attribute list anew.
+class Element {
+public:
+    explicit Element(pugi::xml_node node) : node(node) {
+        for (auto attribute = node.first_attribute(); attribute;
+             attribute = attribute.next_attribute()) {
+            if (count == std::size(items)) {
+                // More than any element of the format has: the rest are looked up in the parser.
+                overflow = true;
+                break;
+            }
+            items[count++] = {attribute.name(), attribute.value()};
+        }
+    }
+
+    // The value of the attribute, or null when the element has none of that name.
+    const char* Get(const char* name) const {
+        for (std::size_t i = 0; i < count; ++i)
+            if (Same(items[i].name, name)) return items[i].value;
+        if (overflow)
+            if (auto attribute = Attr(node, name)) return attribute.value();
+        return nullptr;
+    }
+    bool Has(const char* name) const { return Get(name) != nullptr; }
+
+    pugi::xml_node node;
+
+private:
+    struct Item {
+        const char* name;
+        const char* value;
+    };
+    Item items[12] = {};
+    std::size_t count = 0;
+    bool overflow = false;
+};
 
 // A value text quoted in a message, cut short when long.
 std::wstring Excerpt(const std::wstring& text) {
@@ -224,7 +275,7 @@ public:
         if (!Is(root, xml::Root))
             Fail(root, L"the root element is <" + W(root.name()) + L">, not <" + W(xml::Root) +
                            L">: this is not a model file.");
-        auto versionText = Required(root, xml::FormatVersion);
+        auto versionText = Required(Element(root), xml::FormatVersion);
         int version = 0;
         try {
             std::size_t used = 0;
@@ -250,7 +301,7 @@ public:
             modelNode = child;
         }
         if (!modelNode) Fail(root, L"the file holds no <Model> element.");
-        auto model = std::dynamic_pointer_cast<Model>(ReadOperator(modelNode, 0));
+        auto model = std::dynamic_pointer_cast<Model>(ReadOperator(Element(modelNode), 0));
         if (!model) Fail(modelNode, L"the operator at the root is not a model.");
         return model;
     }
@@ -273,9 +324,9 @@ private:
         std::wstring path;
         for (auto n = node; n && n.type() == pugi::node_element; n = n.parent()) {
             std::wstring step = W(n.name());
-            if (auto id = n.attribute(xml::Id))
+            if (auto id = Attr(n, xml::Id))
                 step += L"[id=" + W(id.value()) + L"]";
-            else if (auto name = n.attribute(xml::Name))
+            else if (auto name = Attr(n, xml::Name))
                 step += L"[name=" + W(name.value()) + L"]";
             path = path.empty() ? step : step + L"/" + path;
         }
@@ -287,38 +338,39 @@ private:
         FailAt(node.offset_debug(), node, message);
     }
 
-    std::wstring Required(const pugi::xml_node& node, const char* name) const {
-        auto attribute = node.attribute(name);
-        if (!attribute) Fail(node, L"the attribute \"" + W(name) + L"\" is missing.");
-        return W(attribute.value());
+    const char* RequiredText(const Element& element, const char* name) const {
+        const char* value = element.Get(name);
+        if (!value) Fail(element.node, L"the attribute \"" + W(name) + L"\" is missing.");
+        return value;
+    }
+
+    std::wstring Required(const Element& element, const char* name) const {
+        return W(RequiredText(element, name));
     }
 
     // A name that a file repeats many times (port, attribute and operator names), widened once.
-    const std::wstring& RequiredName(const pugi::xml_node& node, const char* attributeName) const {
-        auto attribute = node.attribute(attributeName);
-        if (!attribute) Fail(node, L"the attribute \"" + W(attributeName) + L"\" is missing.");
-        std::string_view text = attribute.value();
+    const std::wstring& RequiredName(const Element& element, const char* attributeName) const {
+        std::string_view text = RequiredText(element, attributeName);
         auto found = names.find(text);
-        if (found == names.end())
-            found = names.emplace(std::string(text), W(attribute.value())).first;
+        if (found == names.end()) found = names.emplace(std::string(text), W(text.data())).first;
         return found->second;
     }
 
-    bool Flag(const pugi::xml_node& node, const char* name, bool fallback = false) const {
-        auto attribute = node.attribute(name);
-        if (!attribute) return fallback;
-        std::string_view value = attribute.value();
+    bool Flag(const Element& element, const char* name, bool fallback = false) const {
+        const char* text = element.Get(name);
+        if (!text) return fallback;
+        std::string_view value = text;
         if (value == "true") return true;
         if (value == "false") return false;
-        Fail(node, L"the attribute \"" + W(name) + L"\" is " + Excerpt(W(attribute.value())) +
-                       L"; true or false expected.");
+        Fail(element.node, L"the attribute \"" + W(name) + L"\" is " + Excerpt(W(text)) +
+                               L"; true or false expected.");
     }
 
-    int Reference(const pugi::xml_node& node, const char* name) const {
+    int Reference(const Element& element, const char* name) const {
         // Plain digits, as the writer puts them, are read in place; anything else goes the long way
         // round so that its message quotes it.
-        if (auto attribute = node.attribute(name)) {
-            std::string_view digits = attribute.value();
+        if (const char* text = element.Get(name)) {
+            std::string_view digits = text;
             int value = 0;
             auto [end, error] =
                 std::from_chars(digits.data(), digits.data() + digits.size(), value);
@@ -326,15 +378,15 @@ private:
                 digits.front() != '-')
                 return value;
         }
-        auto text = Required(node, name);
+        auto text = Required(element, name);
         try {
             std::size_t used = 0;
             int value = std::stoi(text, &used);
             if (used == text.size() && value >= 0) return value;
         } catch (const std::exception&) {
         }
-        Fail(node, L"the attribute \"" + W(name) + L"\" is " + Excerpt(text) +
-                       L"; an operator id (a whole number from 0) expected.");
+        Fail(element.node, L"the attribute \"" + W(name) + L"\" is " + Excerpt(text) +
+                               L"; an operator id (a whole number from 0) expected.");
     }
 
     std::vector<std::wstring> Texts(const pugi::xml_node& list, const char* itemName) const {
@@ -361,17 +413,21 @@ private:
     }
 
     // A value from its element (type attribute, JSON text); null when the element has no type.
-    std::shared_ptr<Data> ReadData(const pugi::xml_node& node) const {
-        auto typeAttribute = node.attribute(xml::Type);
-        if (!typeAttribute) {
+    std::shared_ptr<Data> ReadData(const Element& element) const {
+        const auto& node = element.node;
+        const char* typeText = element.Get(xml::Type);
+        if (!typeText) {
             if (node.first_child()) Fail(node, L"a value needs a \"type\" attribute.");
             return nullptr;
         }
         // Files name few types many times: each is converted, checked and made once, and its values
         // are copies of that first one.
-        auto known = dataTypes.find(std::string_view(typeAttribute.value()));
+        // Most values of a file are of one type: the last one found is tried first.
+        auto known = lastType != dataTypes.end() && lastType->first == typeText
+                         ? lastType
+                         : dataTypes.find(std::string_view(typeText));
         if (known == dataTypes.end()) {
-            auto typeName = W(typeAttribute.value());
+            auto typeName = W(typeText);
             ObjectName type;
             if (!ObjectName::TryParse(typeName, type))
                 Fail(node, L"the data type name " + Excerpt(typeName) +
@@ -379,9 +435,10 @@ private:
             auto prototype = DataFactory::TryCreate(type);
             if (!prototype) Fail(node, L"unknown data type \"" + typeName + L"\".");
             bool isDouble = typeid(*prototype) == typeid(DoubleData);
-            known = dataTypes.emplace(typeAttribute.value(), KnownType{type, prototype, isDouble})
+            known = dataTypes.emplace(typeText, KnownType{type, prototype, isDouble})
                         .first;
         }
+        lastType = known;
         const auto& [type, prototype, isDouble] = known->second;
         auto data = prototype->Clone();
         std::string_view text = node.child_value();
@@ -399,12 +456,13 @@ private:
         return data;
     }
 
-    std::shared_ptr<Operator> ReadOperator(const pugi::xml_node& node, int depth) {
+    std::shared_ptr<Operator> ReadOperator(const Element& element, int depth) {
+        const auto& node = element.node;
         if (depth > MaxModelDepth)
             Fail(node, L"models nest deeper than " + std::to_wstring(MaxModelDepth) + L" levels.");
         bool plainModel = Is(node, xml::ModelElement);
-        const auto& nameSpace = RequiredName(node, xml::Namespace);
-        const auto& name = RequiredName(node, xml::Name);
+        const auto& nameSpace = RequiredName(element, xml::Namespace);
+        const auto& name = RequiredName(element, xml::Name);
         if (nameSpace.empty() || name.empty() || nameSpace.find(L'.') != std::wstring::npos ||
             name.find(L'.') != std::wstring::npos)
             Fail(node, L"the operator name \"" + nameSpace + L"." + name + L"\" is not valid.");
@@ -413,11 +471,17 @@ private:
             op = std::make_shared<Model>(nameSpace, name);
         } else {
             try {
+                // Each type is looked up in the factory once per file.
                 auto key = std::make_pair(&nameSpace, &name);
-                auto known = operatorNames.find(key);
-                if (known == operatorNames.end())
-                    known = operatorNames.emplace(key, ObjectName(nameSpace, name)).first;
-                op = OperatorFactory::TryCreate(known->second);
+                auto known = operatorTypes.find(key);
+                if (known == operatorTypes.end()) {
+                    ObjectName type(nameSpace, name);
+                    known =
+                        operatorTypes.emplace(key, KnownOperator{type, LinkAccess::FindBuiltIn(type)})
+                            .first;
+                }
+                const auto& [type, builtIn] = known->second;
+                op = builtIn ? LinkAccess::Instantiate(builtIn) : OperatorFactory::TryCreate(type);
             } catch (const std::exception& error) {
                 Fail(node, L"operator \"" + nameSpace + L"." + name + L"\" cannot be made: " +
                                W(error.what()));
@@ -426,21 +490,22 @@ private:
         }
         auto model = std::dynamic_pointer_cast<Model>(op);
 
-        if (auto a = node.attribute(xml::DisplayName)) op->SetDisplayName(W(a.value()));
-        if (auto a = node.attribute(xml::Icon)) op->SetIcon(W(a.value()));
-        if (auto a = node.attribute(xml::DisplayCategory)) op->SetDisplayCategory(W(a.value()));
-        if (auto a = node.attribute(xml::ColorCategory)) op->SetColorCategory(W(a.value()));
-        if (node.attribute(xml::UsableInExpression))
-            op->SetUsableInExpression(Flag(node, xml::UsableInExpression));
-        if (auto a = node.attribute(xml::Uri)) op->SetUri(W(a.value()));
-        bool modelFlags = node.attribute(xml::ProcessName) || node.attribute(xml::Readonly) ||
-                          node.attribute(xml::Locked) || node.attribute(xml::PlainFormatForbidden);
+        if (const char* a = element.Get(xml::DisplayName)) op->SetDisplayName(W(a));
+        if (const char* a = element.Get(xml::Icon)) op->SetIcon(W(a));
+        if (const char* a = element.Get(xml::DisplayCategory)) op->SetDisplayCategory(W(a));
+        if (const char* a = element.Get(xml::ColorCategory)) op->SetColorCategory(W(a));
+        if (element.Has(xml::UsableInExpression))
+            op->SetUsableInExpression(Flag(element, xml::UsableInExpression));
+        if (const char* a = element.Get(xml::Uri)) op->SetUri(W(a));
+        bool modelFlags = element.Has(xml::ProcessName) || element.Has(xml::Readonly) ||
+                          element.Has(xml::Locked) || element.Has(xml::PlainFormatForbidden);
         if (modelFlags && !model) Fail(node, L"only models have a process name or editing flags.");
         if (model) {
-            model->SetProcessName(W(node.attribute(xml::ProcessName).value()));
-            model->SetReadonly(Flag(node, xml::Readonly));
-            model->SetLocked(Flag(node, xml::Locked));
-            model->SetPlainFormatForbidden(Flag(node, xml::PlainFormatForbidden));
+            if (const char* processName = element.Get(xml::ProcessName))
+                model->SetProcessName(W(processName));
+            model->SetReadonly(Flag(element, xml::Readonly));
+            model->SetLocked(Flag(element, xml::Locked));
+            model->SetPlainFormatForbidden(Flag(element, xml::PlainFormatForbidden));
         }
 
         IdTable ids(model ? static_cast<std::size_t>(std::distance(node.begin(), node.end())) : 0);
@@ -460,28 +525,30 @@ private:
             } else if (Is(child, xml::SyntaxForms)) {
                 op->SetSyntaxForms(Texts(child, xml::Form));
             } else if (Is(child, xml::PortElement)) {
-                auto port = ReadPort(child, *op);
+                auto port = ReadPort(Element(child), *op);
                 if (model && port)
                     modelPortTypes.emplace_back(port, port->GetDeclaredSupportedTypes());
             } else if (Is(child, xml::PortOrder)) {
                 portOrder = child;
             } else if (Is(child, xml::Attribute)) {
-                const auto& attributeName = RequiredName(child, xml::Name);
-                if (Flag(child, xml::Removed)) {
+                Element attribute(child);
+                const auto& attributeName = RequiredName(attribute, xml::Name);
+                if (Flag(attribute, xml::Removed)) {
                     op->RemoveAttribute(attributeName);
                 } else {
-                    auto value = ReadData(child);
+                    auto value = ReadData(attribute);
                     if (!value) Fail(child, L"an operator attribute needs a value.");
                     op->SetAttribute(attributeName, value);
                 }
             } else if (model && (Is(child, xml::OperatorElement) || Is(child, xml::ModelElement))) {
-                int id = Reference(child, xml::Id);
+                Element inner(child);
+                int id = Reference(inner, xml::Id);
                 if (id == 0) Fail(child, L"operator id 0 stands for the model itself.");
                 if (ids.Contains(id))
                     Fail(child, L"duplicate operator id " + std::to_wstring(id) + L".");
-                auto inner = ReadOperator(child, depth + 1);
-                Guard(child, [&] { model->AddOperator(inner); });
-                ids.Add(id, inner);
+                auto innerOp = ReadOperator(inner, depth + 1);
+                Guard(child, [&] { model->AddOperator(innerOp); });
+                ids.Add(id, innerOp);
             } else if (model && Is(child, xml::Links)) {
                 if (links) Fail(child, L"a model has one <Links> element.");
                 links = child;
@@ -507,18 +574,19 @@ private:
         }
     }
 
-    std::shared_ptr<Port> ReadPort(const pugi::xml_node& node, Operator& op) const {
-        const auto& name = RequiredName(node, xml::Name);
+    std::shared_ptr<Port> ReadPort(const Element& element, Operator& op) const {
+        const auto& node = element.node;
+        const auto& name = RequiredName(element, xml::Name);
         if (name.empty()) Fail(node, L"a port needs a name.");
-        if (Flag(node, xml::Removed)) {
+        if (Flag(element, xml::Removed)) {
             op.RemovePort(name);
             return nullptr;
         }
         auto port = op.GetPort(name);
-        if (auto directionAttribute = node.attribute(xml::Direction)) {
-            std::string_view text = directionAttribute.value();
+        if (const char* directionText = element.Get(xml::Direction)) {
+            std::string_view text = directionText;
             if (text != "input" && text != "output")
-                Fail(node, L"the port direction " + Excerpt(W(directionAttribute.value())) +
+                Fail(node, L"the port direction " + Excerpt(W(directionText)) +
                                L" is neither input nor output.");
             auto direction = text == "input" ? PortDirection::Input : PortDirection::Output;
             if (port && port->GetDirection() != direction) {
@@ -531,11 +599,11 @@ private:
             Fail(node, L"operator \"" + op.GetObjectName().GetFullName() + L"\" has no port \"" +
                            name + L"\" of its own and the file gives no direction for it.");
 
-        if (auto a = node.attribute(xml::DisplayName)) port->SetDisplayName(W(a.value()));
-        if (node.attribute(xml::Optional)) port->SetOptional(Flag(node, xml::Optional));
-        if (node.attribute(xml::Hidden)) port->SetIsHidden(Flag(node, xml::Hidden));
-        if (node.attribute(xml::Private)) port->SetPrivate(Flag(node, xml::Private));
-        if (node.attribute(xml::Native)) port->SetNative(Flag(node, xml::Native));
+        if (const char* a = element.Get(xml::DisplayName)) port->SetDisplayName(W(a));
+        if (element.Has(xml::Optional)) port->SetOptional(Flag(element, xml::Optional));
+        if (element.Has(xml::Hidden)) port->SetIsHidden(Flag(element, xml::Hidden));
+        if (element.Has(xml::Private)) port->SetPrivate(Flag(element, xml::Private));
+        if (element.Has(xml::Native)) port->SetNative(Flag(element, xml::Native));
         for (auto child : node.children()) {
             if (child.type() != pugi::node_element) continue;
             if (Is(child, xml::Description)) {
@@ -551,28 +619,30 @@ private:
                 port->ClearExcludedTypes();
                 for (const auto& type : Types(child)) port->AddExcludedType(type);
             } else if (Is(child, xml::Default)) {
-                auto value = ReadData(child);
+                auto value = ReadData(Element(child));
                 Guard(child, [&] { port->SetDefaultData(value); });
             } else if (Is(child, xml::Value)) {
-                auto value = ReadData(child);
+                auto value = ReadData(Element(child));
                 Guard(child, [&] { port->SetData(value); });
             } else if (Is(child, xml::Attribute)) {
-                auto attributeName = Required(child, xml::Name);
-                if (Flag(child, xml::Removed))
+                Element attribute(child);
+                auto attributeName = Required(attribute, xml::Name);
+                if (Flag(attribute, xml::Removed))
                     port->RemoveAttribute(attributeName);
                 else
-                    port->SetAttribute(attributeName, ReadData(child));
+                    port->SetAttribute(attributeName, ReadData(attribute));
             } else if (Is(child, xml::DataAttribute)) {
-                auto typeName = Required(child, xml::DataType);
+                Element attribute(child);
+                auto typeName = Required(attribute, xml::DataType);
                 ObjectName type;
                 if (!ObjectName::TryParse(typeName, type))
                     Fail(child, L"the data type name " + Excerpt(typeName) +
                                     L" is not of the form Namespace.Name.");
-                auto attributeName = Required(child, xml::Name);
-                if (Flag(child, xml::Removed))
+                auto attributeName = Required(attribute, xml::Name);
+                if (Flag(attribute, xml::Removed))
                     port->RemoveDataTypeAttribute(type, attributeName);
                 else
-                    port->SetDataTypeAttribute(type, attributeName, ReadData(child));
+                    port->SetDataTypeAttribute(type, attributeName, ReadData(attribute));
             } else {
                 Fail(child, L"unexpected element <" + W(child.name()) + L"> in <Port>.");
             }
@@ -602,21 +672,23 @@ private:
         }
     }
 
-    IdEntry& Entry(const pugi::xml_node& node, const char* attribute, IdTable& ids) const {
-        int id = Reference(node, attribute);
+    IdEntry& Entry(const Element& element, const char* attribute, IdTable& ids) const {
+        const auto& node = element.node;
+        int id = Reference(element, attribute);
         auto* found = ids.Find(id);
         if (!found) Fail(node, L"the model has no operator with id " + std::to_wstring(id) + L".");
         return *found;
     }
 
-    const std::shared_ptr<Operator>& Lookup(const pugi::xml_node& node, const char* attribute,
+    const std::shared_ptr<Operator>& Lookup(const Element& element, const char* attribute,
                                             IdTable& ids) const {
-        return Entry(node, attribute, ids).op;
+        return Entry(element, attribute, ids).op;
     }
 
-    std::shared_ptr<Port> PortOf(const pugi::xml_node& node, const char* attribute,
+    std::shared_ptr<Port> PortOf(const Element& element, const char* attribute,
                                  const std::shared_ptr<Operator>& op) const {
-        const auto& name = RequiredName(node, attribute);
+        const auto& node = element.node;
+        const auto& name = RequiredName(element, attribute);
         auto port = op->GetPort(name);
         if (!port)
             Fail(node,
@@ -624,12 +696,12 @@ private:
         return port;
     }
 
-    std::shared_ptr<LattixBasic::ConditionalProcess> OwnerOf(const pugi::xml_node& node,
+    std::shared_ptr<LattixBasic::ConditionalProcess> OwnerOf(const Element& element,
                                                              IdTable& ids) const {
         auto owner = std::dynamic_pointer_cast<LattixBasic::ConditionalProcess>(
-            Lookup(node, xml::Owner, ids));
+            Lookup(element, xml::Owner, ids));
         if (!owner)
-            Fail(node, L"the owner of a body, test or branch must be a conditional operator.");
+            Fail(element.node, L"the owner of a body, test or branch must be a conditional operator.");
         return owner;
     }
 
@@ -653,18 +725,20 @@ private:
         };
         // Flow parents first, in their saved order; data links would otherwise add theirs first.
         for (const auto& node : children(xml::Parent)) {
-            auto& child = Entry(node, xml::Child, ids);
-            const auto& parent = Lookup(node, xml::ParentId, ids);
+            Element element(node);
+            auto& child = Entry(element, xml::Child, ids);
+            const auto& parent = Lookup(element, xml::ParentId, ids);
             if (child.op == parent) Fail(node, L"an operator cannot be its own flow parent.");
             bool added = false;
             Guard(node, [&] { added = child.op->AddParent(parent); });
             if (added) ++child.flowParents;
         }
         for (const auto& node : children(xml::Connection)) {
-            auto parent = Lookup(node, xml::From, ids);
-            auto child = Lookup(node, xml::To, ids);
-            auto parentPort = PortOf(node, xml::FromPort, parent);
-            auto childPort = PortOf(node, xml::ToPort, child);
+            Element element(node);
+            auto parent = Lookup(element, xml::From, ids);
+            auto child = Lookup(element, xml::To, ids);
+            auto parentPort = PortOf(element, xml::FromPort, parent);
+            auto childPort = PortOf(element, xml::ToPort, child);
             Guard(node, [&] { Operator::ConnectParent(child, parent, parentPort, childPort); });
         }
         // A data link whose flow link the user removed afterwards: connecting gave the child a flow
@@ -676,30 +750,34 @@ private:
             for (auto i = entry.flowParents; i < all.size(); ++i) entry.op->RemoveParent(all[i]);
         });
         for (const auto& node : children(xml::Alias)) {
-            auto inner = Lookup(node, xml::OperatorRef, ids);
+            Element element(node);
+            auto inner = Lookup(element, xml::OperatorRef, ids);
             if (inner.get() == &model)
                 Fail(node, L"a model port cannot alias a port of the model itself.");
-            auto innerPort = PortOf(node, xml::PortRef, inner);
-            auto name = Required(node, xml::ModelPort);
+            auto innerPort = PortOf(element, xml::PortRef, inner);
+            auto name = Required(element, xml::ModelPort);
             Guard(node, [&] { model.AliasPort(innerPort, name); });
         }
         for (const auto& node : children(xml::Body)) {
-            auto owner = OwnerOf(node, ids);
-            auto op = Lookup(node, xml::OperatorRef, ids);
+            Element element(node);
+            auto owner = OwnerOf(element, ids);
+            auto op = Lookup(element, xml::OperatorRef, ids);
             Guard(node, [&] { owner->AddBodyOperator(op); });
         }
         for (const auto& node : children(xml::Test)) {
-            auto owner = OwnerOf(node, ids);
-            auto op = Lookup(node, xml::OperatorRef, ids);
-            auto port = node.attribute(xml::PortRef) ? PortOf(node, xml::PortRef, op) : nullptr;
+            Element element(node);
+            auto owner = OwnerOf(element, ids);
+            auto op = Lookup(element, xml::OperatorRef, ids);
+            auto port = element.Has(xml::PortRef) ? PortOf(element, xml::PortRef, op) : nullptr;
             Guard(node, [&] { owner->SetTest(op, port); });
         }
         for (const auto& node : children(xml::Tail)) {
-            auto owner = std::dynamic_pointer_cast<LattixBasic::IfProcess>(OwnerOf(node, ids));
+            Element element(node);
+            auto owner = std::dynamic_pointer_cast<LattixBasic::IfProcess>(OwnerOf(element, ids));
             if (!owner) Fail(node, L"only an if operator has branches.");
-            auto op = Lookup(node, xml::OperatorRef, ids);
-            if (!node.attribute(xml::Branch)) Fail(node, L"the attribute \"branch\" is missing.");
-            bool branch = Flag(node, xml::Branch);
+            auto op = Lookup(element, xml::OperatorRef, ids);
+            if (!element.Has(xml::Branch)) Fail(node, L"the attribute \"branch\" is missing.");
+            bool branch = Flag(element, xml::Branch);
             Guard(node, [&] { branch ? owner->AddIfTail(op) : owner->AddElseTail(op); });
         }
     }
@@ -712,9 +790,22 @@ private:
         bool isDouble;
     };
     mutable std::map<std::string, KnownType, std::less<>> dataTypes;
-    mutable std::map<std::string, std::wstring, std::less<>> names;
-    // Keyed by the widened names above, which stay in place.
-    std::map<std::pair<const std::wstring*, const std::wstring*>, ObjectName> operatorNames;
+    mutable std::map<std::string, KnownType, std::less<>>::iterator lastType = dataTypes.end();
+    // Hashed: a file looks up a handful of names once or twice for every element.
+    struct NameHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const {
+            return std::hash<std::string_view>()(text);
+        }
+    };
+    mutable std::unordered_map<std::string, std::wstring, NameHash, std::equal_to<>> names;
+    // Keyed by the widened names above, which stay in place. A built-in type is made from its
+    // definition directly; any other goes through the factory.
+    struct KnownOperator {
+        ObjectName type;
+        std::shared_ptr<const preparedDefinition> builtIn;
+    };
+    std::map<std::pair<const std::wstring*, const std::wstring*>, KnownOperator> operatorTypes;
 };
 
 }  // namespace

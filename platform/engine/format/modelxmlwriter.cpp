@@ -250,7 +250,7 @@ public:
             WriteTexts(node, xml::SyntaxForms, xml::Form, forms);
 
         WritePorts(node, op, ref);
-        WriteAttributeChanges(node, record.attributes, ref.attributes, xml::Attribute);
+        WriteAttributeChanges(node, op.GetAttributeMap(), ref.attributes, xml::Attribute);
 
         if (model) {
             auto ops = model->GetOperators();
