@@ -2,8 +2,10 @@
 // their text between copies: editing one operator or one name must never show through another.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 #include <set>
+#include <tuple>
 
 #include "Velmar/Lattix/DoubleData.h"
 #include "Velmar/Lattix/Model.h"
@@ -11,6 +13,7 @@
 #include "Velmar/Lattix/OperatorDefinition.h"
 #include "Velmar/Lattix/OperatorFactory.h"
 #include "Velmar/Lattix/Port.h"
+#include "Velmar/Lattix/StringListData.h"
 
 using namespace Velmar::Lattix;
 
@@ -153,6 +156,138 @@ TEST(ModelMembership, FollowsAddingRemovingAndMovingOperators) {
     EXPECT_THROW(second->AddOperator(ops[1]), std::exception);
     EXPECT_FALSE(second->ContainsOperator(ops[1]));
     EXPECT_FALSE(first->ContainsOperator(nullptr));
+}
+
+TEST(SharedDefinition, EachPortEditStaysOnItsOwnPort) {
+    const ObjectName text = ObjectName::Parse(L"TAMARIN.String");
+    struct Edit {
+        const char* what;
+        std::function<void(Port&)> apply;
+    };
+    const std::vector<Edit> edits = {
+        {"display name", [](Port& p) { p.SetDisplayName(L"Left"); }},
+        {"description", [](Port& p) { p.SetDescription(L"The left operand."); }},
+        {"keywords", [](Port& p) { p.SetKeywords({L"first"}); }},
+        {"keywords as attribute",
+         [](Port& p) {
+             p.SetAttribute(L"Keywords",
+                            std::make_shared<StringListData>(std::vector<std::wstring>{L"lhs"}));
+         }},
+        {"supported types", [&](Port& p) { p.SetSupportedTypes({text}); }},
+        {"added type", [&](Port& p) { p.AddSupportedType(text); }},
+        {"cleared types", [](Port& p) { p.ClearSupportedTypes(); }},
+        {"extra type", [&](Port& p) { p.AddExtraSupportedType(text); }},
+        {"excluded type", [](Port& p) { p.AddExcludedType(DoubleData::DefaultTypeName()); }},
+        {"copied contents",
+         [](Port& p) {
+             auto other = Port::Create(L"Other", PortDirection::Input);
+             other->SetDescription(L"copied");
+             p.CopyContentsFrom(*other);
+         }},
+    };
+    for (const auto& edit : edits) {
+        SCOPED_TRACE(edit.what);
+        auto edited = OperatorFactory::Create(L"TAMARIN", L"Add");
+        auto twin = OperatorFactory::Create(L"TAMARIN", L"Add");
+        auto port = edited->GetPort(L"Input1");
+        auto pristine = twin->GetPort(L"Input1");
+        auto before = std::make_tuple(pristine->GetDisplayName(), pristine->GetDescription(),
+                                      pristine->GetKeywords(), pristine->GetSupportedDataTypes());
+        edit.apply(*port);
+        auto after = std::make_tuple(port->GetDisplayName(), port->GetDescription(),
+                                     port->GetKeywords(), port->GetSupportedDataTypes());
+        EXPECT_NE(after, before);
+        EXPECT_EQ(port->GetName(), L"Input1");
+        for (const auto& other : {twin, OperatorFactory::Create(L"TAMARIN", L"Add")}) {
+            auto same = other->GetPort(L"Input1");
+            EXPECT_EQ(std::make_tuple(same->GetDisplayName(), same->GetDescription(),
+                                      same->GetKeywords(), same->GetSupportedDataTypes()),
+                      before);
+        }
+    }
+    auto renamed = OperatorFactory::Create(L"TAMARIN", L"Add");
+    ASSERT_TRUE(renamed->RenamePort(L"Input1", L"Left"));
+    EXPECT_TRUE(renamed->GetPort(L"Left"));
+    EXPECT_TRUE(OperatorFactory::Create(L"TAMARIN", L"Add")->GetPort(L"Input1"));
+}
+
+TEST(SharedDefinition, DefaultsAreReadOnceAndCopiedToEachPort) {
+    OperatorDefinition definition;
+    definition.name = ObjectName(L"Sharing", L"Defaulted");
+    auto port = DoublePort(L"Scale", PortDirection::Input);
+    port.defaultValue = L"2.5";
+    definition.ports.push_back(port);
+    OperatorFactory::Register(definition);
+    auto first = OperatorFactory::Create(definition.name);
+    auto second = OperatorFactory::Create(definition.name);
+    auto value = std::dynamic_pointer_cast<DoubleData>(first->GetPort(L"Scale")->GetDefaultData());
+    ASSERT_TRUE(value);
+    EXPECT_EQ(value->GetValue(), 2.5);
+    value->SetValue(-1);
+    auto other = std::dynamic_pointer_cast<DoubleData>(second->GetPort(L"Scale")->GetDefaultData());
+    ASSERT_TRUE(other);
+    EXPECT_EQ(other->GetValue(), 2.5);
+
+    // A default its type cannot read is refused when the type is registered, by name.
+    definition.name = ObjectName(L"Sharing", L"BadDefault");
+    definition.ports.front().defaultValue = L"two and a half";
+    try {
+        OperatorFactory::Register(definition);
+        ADD_FAILURE() << "a bad default was registered";
+    } catch (const std::exception& error) {
+        std::string message = error.what();
+        EXPECT_NE(message.find("Sharing.BadDefault"), std::string::npos) << message;
+        EXPECT_NE(message.find("Scale"), std::string::npos) << message;
+        EXPECT_NE(message.find("two and a half"), std::string::npos) << message;
+    }
+    EXPECT_FALSE(OperatorFactory::IsKnown(definition.name));
+    OperatorFactory::Unregister(ObjectName(L"Sharing", L"Defaulted"));
+}
+
+TEST(OperatorAttributes, AnyNameIsKeptExactlyAndInOrder) {
+    const std::vector<std::wstring> names = {L"PositionX",
+                                             L"PositionY",
+                                             L"A",
+                                             L"a",
+                                             L"Z9",
+                                             L"Höhe",
+                                             L"名前",
+                                             L"\U0001F600",
+                                             L"x\u0080",
+                                             L"\u07FF\u0800\uFFFF",
+                                             L"tab\there",
+                                             std::wstring(L"nul\0in", 6),
+                                             std::wstring(300, L'w'),
+                                             std::wstring(1, static_cast<wchar_t>(0xD800)),
+                                             std::wstring(1, static_cast<wchar_t>(0x7FFFFFFF))};
+    auto op = OperatorFactory::Create(L"TAMARIN", L"Add");
+    std::map<std::wstring, double> expected;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        op->SetAttribute(names[i], std::make_shared<DoubleData>(static_cast<double>(i)));
+        expected[names[i]] = static_cast<double>(i);
+    }
+    op->SetAttribute(L"A", std::make_shared<DoubleData>(99.0));  // replaces
+    expected[L"A"] = 99.0;
+    auto map = op->GetAttributeMap();
+    ASSERT_EQ(map.size(), expected.size());
+    auto want = expected.begin();
+    for (const auto& [name, value] : map) {
+        EXPECT_EQ(name, want->first);
+        auto number = std::dynamic_pointer_cast<DoubleData>(value);
+        ASSERT_TRUE(number);
+        EXPECT_EQ(number->GetValue(), want->second);
+        auto direct = std::dynamic_pointer_cast<DoubleData>(op->GetAttribute(name));
+        ASSERT_TRUE(direct);
+        EXPECT_EQ(direct->GetValue(), want->second);
+        ++want;
+    }
+    EXPECT_FALSE(op->GetAttribute(L"Höh"));
+    EXPECT_TRUE(op->RemoveAttribute(L"名前"));
+    EXPECT_FALSE(op->RemoveAttribute(L"名前"));
+    EXPECT_FALSE(op->HasAttribute(L"名前"));
+    op->SetAttribute(L"PositionX", nullptr);
+    EXPECT_FALSE(op->HasAttribute(L"PositionX"));
+    EXPECT_EQ(op->GetAttributeMap().size(), expected.size() - 2);
 }
 
 }  // namespace

@@ -254,6 +254,32 @@ TEST(ModelFormat, DamagedFilesGiveClearErrorsNamingFileAndPlace) {
     }
 }
 
+// Hand-edited files may number operators as they like: ids far apart, out of order, or huge.
+TEST(ModelFormat, OperatorIdsNeedNotBeDense) {
+    auto text = qtxt::DefaultWideToUTF8(
+        ModelFormatFactory::SaveToBuffer(modelformat_test::IfElseExample(), Plain));
+    auto original = ModelFormatFactory::OpenFromBuffer(qtxt::widen(text), Plain);
+    for (const char* suffix : {"000000", "7", "999999"}) {
+        SCOPED_TRACE(suffix);
+        auto renumbered = text;
+        // Every id and reference to one gets the suffix: 1 -> 1000000 and so on.
+        for (const char* attribute :
+             {"id=\"", "from=\"", "to=\"", "child=\"", "parent=\"", "owner=\"", "operator=\""}) {
+            std::string key = std::string(" ") + attribute;
+            for (auto at = renumbered.find(key); at != std::string::npos;
+                 at = renumbered.find(key, at + 1)) {
+                auto end = renumbered.find('"', at + key.size());
+                if (renumbered.compare(at + key.size(), end - at - key.size(), "0") != 0)
+                    renumbered.insert(end, suffix);
+            }
+        }
+        ASSERT_NE(renumbered, text);
+        auto model = ModelFormatFactory::OpenFromBuffer(qtxt::widen(renumbered), Plain);
+        EXPECT_EQ(ModelFormatFactory::SaveToBuffer(model, Plain),
+                  ModelFormatFactory::SaveToBuffer(original, Plain));
+    }
+}
+
 TEST(ModelFormat, FailedSaveLeavesTheOldFile) {
     auto folder = Folder("atomic");
     auto path = folder / "model.gmdx";
