@@ -54,7 +54,11 @@ std::string Label(const std::vector<std::shared_ptr<Operator>>& ops, const Model
                   const std::shared_ptr<Operator>& op) {
     if (op.get() == &model) return "model";
     for (std::size_t i = 0; i < ops.size(); ++i)
-        if (ops[i] == op) return "#" + std::to_string(i + 1);
+        if (ops[i] == op) {
+            // Appended, not `"#" + ...`: GCC 12 misreports a memcpy overlap in that form.
+            std::string label = "#";
+            return label += std::to_string(i + 1);
+        }
     return "(outside)";
 }
 

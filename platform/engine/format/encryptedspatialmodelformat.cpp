@@ -41,7 +41,7 @@ std::wstring KeyFilePath() {
     else if (const char* home = std::getenv("HOME"); home && *home)
         base = std::string(home) + "/.config";
     else
-        base = ".";
+        base.push_back('.');  // (not `base = "."`: GCC 12 misreports a memcpy overlap there)
     return qtxt::UTF8toDefaultWide(base + "/lattix/model.key");
 }
 

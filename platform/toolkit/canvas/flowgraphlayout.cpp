@@ -124,7 +124,9 @@ GraphPtr BuildGraph(const LayeredLayoutInput& input, std::vector<Agnode_t*>& nod
     nodes.clear();
     nodes.reserve(input.nodes.size());
     for (std::size_t i = 0; i < input.nodes.size(); ++i) {
-        const auto name = "n" + std::to_string(i);
+        // Appended, not `"n" + ...`: GCC 12 misreports a memcpy overlap in that form.
+        std::string name = "n";
+        name += std::to_string(i);
         Agnode_t* node = agnode(g, Text(name.c_str()), 1);
         agxset(node, width, Text(Inches(std::max(1, input.nodes[i].width)).c_str()));
         agxset(node, height, Text(Inches(std::max(1, input.nodes[i].height)).c_str()));
