@@ -1,13 +1,14 @@
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <typeinfo>
+#include <unordered_map>
 #include <vector>
-
-#include <pugixml.hpp>
 
 #include "LattixBasic/ConditionalProcess.h"
 #include "LattixBasic/IfProcess.h"
@@ -22,23 +23,17 @@
 #include "core/records.h"
 #include "format/modelxml.h"
 #include "format/modelxmlnames.h"
+#include "format/valuetext.h"
+#include "format/xmlemitter.h"
 #include "qtxt/Text.h"
 
 namespace Velmar::Lattix::format {
 
 namespace {
 
-std::string U8(const std::wstring& text) {
-    return qtxt::DefaultWideToUTF8(text);
-}
-
 bool SameData(const std::shared_ptr<Data>& a, const std::shared_ptr<Data>& b) {
     if (!a || !b) return !a && !b;
     return a->Equals(*b);
-}
-
-void SetText(pugi::xml_node node, const std::wstring& text) {
-    node.text().set(U8(text).c_str());
 }
 
 // The UTF-8 full name of a data type. A model holds few types and many values: each name is
@@ -47,50 +42,72 @@ const std::string& TypeText(const ObjectName& type) {
     thread_local std::vector<std::pair<ObjectName, std::string>> known;
     for (const auto& [name, text] : known)
         if (name == type) return text;
-    known.emplace_back(type, U8(type.GetFullName()));
+    known.emplace_back(type, qtxt::DefaultWideToUTF8(type.GetFullName()));
     return known.back().second;
 }
 
-void WriteData(pugi::xml_node node, const std::shared_ptr<Data>& data) {
+void WriteData(XmlEmitter& out, const std::shared_ptr<Data>& data) {
     if (!data) return;
-    node.append_attribute(xml::Type).set_value(TypeText(data->GetDataTypeName()).c_str());
-    node.text().set(data->ToJson().ToText().c_str());
+    out.Attribute(xml::Type, TypeText(data->GetDataTypeName()));
+    std::array<char, PlainValueTextCapacity> buffer;
+    auto plain = PlainValueText(*data, buffer);
+    if (!plain.empty())
+        out.Text(plain);
+    else
+        out.Text(data->ToJson().ToText());
 }
 
-void WriteTexts(pugi::xml_node parent, const char* listName, const char* itemName,
+void WriteText(XmlEmitter& out, const char* name, std::wstring_view text) {
+    out.StartElement(name);
+    out.Text(text);
+    out.EndElement();
+}
+
+void WriteTexts(XmlEmitter& out, const char* listName, const char* itemName,
                 const std::vector<std::wstring>& items) {
-    auto list = parent.append_child(listName);
-    for (const auto& item : items) SetText(list.append_child(itemName), item);
+    out.StartElement(listName);
+    for (const auto& item : items) WriteText(out, itemName, item);
+    out.EndElement();
 }
 
-void WriteTypes(pugi::xml_node parent, const char* listName, const std::vector<ObjectName>& types) {
-    auto list = parent.append_child(listName);
-    for (const auto& type : types) SetText(list.append_child(xml::TypeItem), type.GetFullName());
+void WriteTypes(XmlEmitter& out, const char* listName, const std::vector<ObjectName>& types) {
+    out.StartElement(listName);
+    for (const auto& type : types) {
+        out.StartElement(xml::TypeItem);
+        out.Text(TypeText(type));
+        out.EndElement();
+    }
+    out.EndElement();
 }
 
-void WriteFlag(pugi::xml_node node, const char* name, bool value) {
-    node.append_attribute(name).set_value(value ? "true" : "false");
+void WriteFlag(XmlEmitter& out, const char* name, bool value) {
+    out.Attribute(name, value ? "true" : "false");
 }
 
 // Writes the entries of `own` that differ from `reference`, then marks the entries `reference` has
 // and `own` lacks as removed. Both maps are ordered, so the output is too.
-void WriteAttributeChanges(pugi::xml_node parent,
+void WriteAttributeChanges(XmlEmitter& out,
                            const std::map<std::wstring, std::shared_ptr<Data>>& own,
                            const std::map<std::wstring, std::shared_ptr<Data>>& reference,
-                           const char* elementName, const std::wstring& dataType = {}) {
-    auto start = [&](const std::wstring& name) {
-        auto node = parent.append_child(elementName);
-        if (!dataType.empty()) node.append_attribute(xml::DataType).set_value(U8(dataType).c_str());
-        node.append_attribute(xml::Name).set_value(U8(name).c_str());
-        return node;
+                           const char* elementName, std::wstring_view dataType = {}) {
+    auto start = [&out, elementName, dataType](const std::wstring& name) {
+        out.StartElement(elementName);
+        if (!dataType.empty()) out.Attribute(xml::DataType, dataType);
+        out.Attribute(xml::Name, name);
     };
     for (const auto& [name, value] : own) {
         auto found = reference.find(name);
         if (found != reference.end() && SameData(found->second, value)) continue;
-        WriteData(start(name), value);
+        start(name);
+        WriteData(out, value);
+        out.EndElement();
     }
-    for (const auto& [name, value] : reference)
-        if (!own.count(name)) WriteFlag(start(name), xml::Removed, true);
+    for (const auto& [name, value] : reference) {
+        if (own.count(name)) continue;
+        start(name);
+        WriteFlag(out, xml::Removed, true);
+        out.EndElement();
+    }
 }
 
 bool IsPlainModel(const Operator& op) {
@@ -114,6 +131,7 @@ const Port::AttributeMap& OwnPortAttributes(const Port::AttributeMap& all,
     return filtered;
 }
 
+// The writer reads port records only here, in PortState and the two helpers after it.
 // What the writer compares of a port, read in place from its record (the getters answer copies,
 // and a save compares every port). The port must outlive it; it is neither copied nor moved.
 struct PortState {
@@ -159,6 +177,20 @@ public:
     const Port::DataTypeAttributeMapMap& dataAttributes;
 };
 
+// A port's name, read in place.
+const std::wstring& PortName(const Port& port) {
+    return LinkAccess::Of(port).name;
+}
+
+// Calls fn with each link of a port, in the order of Port::GetConnections, without copying them.
+template <typename Fn>
+void ForEachConnection(const Port& port, Fn&& fn) {
+    const auto& record = LinkAccess::Of(port);
+    for (const auto& connection : record.inbound) fn(connection);
+    for (const auto& link : record.outbound)
+        if (auto connection = link.lock()) fn(connection);
+}
+
 // A fresh operator of a type, as the reader starts from it before it applies the file; taken
 // once per type and save. Keeps the operator, whose ports its port states read.
 struct ReferenceState {
@@ -201,122 +233,134 @@ struct ReferenceState {
     std::map<std::wstring, PortState> ports;
 };
 
-// Calls fn with each link of a port, in the order of Port::GetConnections, without copying them.
-template <typename Fn>
-void ForEachConnection(const Port& port, Fn&& fn) {
-    const auto& record = LinkAccess::Of(port);
-    for (const auto& connection : record.inbound) fn(connection);
-    for (const auto& link : record.outbound)
-        if (auto connection = link.lock()) fn(connection);
+// A guess of a model file's size, from its operators: a few hundred bytes each.
+std::size_t ExpectedSize(const Model& model) {
+    constexpr std::size_t PerOperator = 448;
+    constexpr std::size_t Frame = 4096;
+    return Frame + PerOperator * LinkAccess::Of(model).operators.size();
 }
 
 class Writer {
 public:
-    void WriteOperator(pugi::xml_node parent, const Operator& op, int id) {
-        bool plainModel = IsPlainModel(op);
-        auto node = parent.append_child(plainModel ? xml::ModelElement : xml::OperatorElement);
-        if (id > 0) node.append_attribute(xml::Id).set_value(id);
-        node.append_attribute(xml::Namespace).set_value(U8(op.GetOperatorNamespace()).c_str());
-        node.append_attribute(xml::Name).set_value(U8(op.GetOperatorName()).c_str());
-        const ReferenceState& ref = Reference(op, plainModel);
+    explicit Writer(XmlEmitter& out) : out(out) {}
 
-        auto text = [&](const char* name, const std::wstring& own, const std::wstring& theirs) {
-            if (own != theirs) node.append_attribute(name).set_value(U8(own).c_str());
-        };
-        text(xml::DisplayName, op.GetDisplayName(), ref.displayName);
+    void WriteOperator(const Operator& op, int id) {
+        bool plainModel = IsPlainModel(op);
         // The texts are compared in place: a save visits every operator.
         const auto& record = LinkAccess::Of(op);
+        out.StartElement(plainModel ? xml::ModelElement : xml::OperatorElement);
+        if (id > 0) out.Attribute(xml::Id, std::int64_t{id});
+        out.Attribute(xml::Namespace, record.name.GetNamespace());
+        out.Attribute(xml::Name, record.name.GetName());
+        const ReferenceState& ref = Reference(op, record.name, plainModel);
+
+        auto text = [this](const char* name, const std::wstring& own, const std::wstring& theirs) {
+            if (own != theirs) out.Attribute(name, own);
+        };
+        // As Operator::GetDisplayName answers it.
+        const auto& displayName =
+            record.displayName.Get().empty() ? record.name.GetName() : record.displayName.Get();
+        text(xml::DisplayName, displayName, ref.displayName);
         text(xml::Icon, record.icon.Get(), ref.icon);
         text(xml::DisplayCategory, record.displayCategory.Get(), ref.displayCategory);
         text(xml::ColorCategory, record.colorCategory.Get(), ref.colorCategory);
-        if (op.IsUsableInExpression() != ref.usableInExpression)
-            WriteFlag(node, xml::UsableInExpression, op.IsUsableInExpression());
-        text(xml::Uri, op.GetUri(), ref.uri);
+        if (record.usableInExpression != ref.usableInExpression)
+            WriteFlag(out, xml::UsableInExpression, record.usableInExpression);
+        text(xml::Uri, record.uri, ref.uri);
         const auto* model = dynamic_cast<const Model*>(&op);
         if (model) {
-            if (!model->GetProcessName().empty())
-                node.append_attribute(xml::ProcessName)
-                    .set_value(U8(model->GetProcessName()).c_str());
-            if (model->IsReadonly()) WriteFlag(node, xml::Readonly, true);
-            if (model->IsLocked()) WriteFlag(node, xml::Locked, true);
-            if (!model->CanSaveInPlainFormat()) WriteFlag(node, xml::PlainFormatForbidden, true);
+            const auto& processName = LinkAccess::Of(*model).processName;
+            if (!processName.empty()) out.Attribute(xml::ProcessName, processName);
+            if (model->IsReadonly()) WriteFlag(out, xml::Readonly, true);
+            if (model->IsLocked()) WriteFlag(out, xml::Locked, true);
+            if (!model->CanSaveInPlainFormat()) WriteFlag(out, xml::PlainFormatForbidden, true);
         }
         if (const auto& description = record.description.Get(); description != ref.description)
-            SetText(node.append_child(xml::Description), description);
+            WriteText(out, xml::Description, description);
         if (const auto& keywords = record.keywords.Get(); keywords != ref.keywords)
-            WriteTexts(node, xml::Keywords, xml::Keyword, keywords);
+            WriteTexts(out, xml::Keywords, xml::Keyword, keywords);
         if (const auto& forms = record.syntaxForms.Get(); forms != ref.syntaxForms)
-            WriteTexts(node, xml::SyntaxForms, xml::Form, forms);
+            WriteTexts(out, xml::SyntaxForms, xml::Form, forms);
 
-        WritePorts(node, op, ref);
-        WriteAttributeChanges(node, record.attributes, ref.attributes, xml::Attribute);
+        WritePorts(op, ref);
+        WriteAttributeChanges(out, record.attributes, ref.attributes, xml::Attribute);
 
         if (model) {
-            auto ops = model->GetOperators();
+            const auto& ops = LinkAccess::Of(*model).operators;
             for (std::size_t i = 0; i < ops.size(); ++i)
-                WriteOperator(node, *ops[i], static_cast<int>(i) + 1);
-            WriteLinks(node, *model, ops);
+                WriteOperator(*ops[i], static_cast<int>(i) + 1);
+            WriteLinks(*model, ops);
         }
+        out.EndElement();
     }
 
 private:
-    const ReferenceState& Reference(const Operator& op, bool plainModel) {
-        auto key = (plainModel ? L"model:" : L"operator:") + op.GetObjectName().GetFullName();
-        auto& slot = references[key];
-        if (!slot) {
-            std::shared_ptr<Operator> fresh;
-            if (plainModel)
-                fresh = std::make_shared<Model>(op.GetOperatorNamespace(), op.GetOperatorName());
-            else
-                fresh = OperatorFactory::TryCreate(op.GetObjectName());
-            if (!fresh) {
-                QuarnLog::Write(
-                    QuarnLog::Level::Warning, __PRETTY_FUNCTION__, __FILE__,
-                    L"Operator type \"" + op.GetObjectName().GetFullName() +
-                        L"\" is not registered: the saved model can be read only where it is.");
-                fresh = std::make_shared<Operator>(op.GetOperatorNamespace(), op.GetOperatorName());
-            }
-            slot = std::make_unique<ReferenceState>(std::move(fresh));
+    // One reference per operator type (and per kind: a plain model or an operator of the type).
+    struct referenceEntry {
+        bool plainModel;
+        ObjectName type;
+        std::unique_ptr<ReferenceState> state;
+    };
+
+    const ReferenceState& Reference(const Operator& op, const ObjectName& type, bool plainModel) {
+        // Operators of one type mostly come in runs; the type names are shared, so the
+        // comparisons are mostly of pointers.
+        for (const auto& entry : references)
+            if (entry.plainModel == plainModel && entry.type == type) return *entry.state;
+        std::shared_ptr<Operator> fresh;
+        if (plainModel)
+            fresh = std::make_shared<Model>(type.GetNamespace(), type.GetName());
+        else
+            fresh = OperatorFactory::TryCreate(type);
+        if (!fresh) {
+            QuarnLog::Write(
+                QuarnLog::Level::Warning, __PRETTY_FUNCTION__, __FILE__,
+                L"Operator type \"" + type.GetFullName() +
+                    L"\" is not registered: the saved model can be read only where it is.");
+            fresh = std::make_shared<Operator>(op.GetOperatorNamespace(), op.GetOperatorName());
         }
-        return *slot;
+        references.push_back(
+            {plainModel, type, std::make_unique<ReferenceState>(std::move(fresh))});
+        return *references.back().state;
     }
 
-    void WritePorts(pugi::xml_node node, const Operator& op, const ReferenceState& ref) {
+    void WritePorts(const Operator& op, const ReferenceState& ref) {
         // Names are read in place: a save visits every port.
         const auto& ports = LinkAccess::Of(op).ports;
         std::vector<const std::wstring*> actual;
         actual.reserve(ports.size());
-        for (const auto& port : ports) actual.push_back(&LinkAccess::Of(*port).name);
+        for (const auto& port : ports) actual.push_back(&PortName(*port));
         auto present = [&actual](const std::wstring& name) {
             return std::any_of(actual.begin(), actual.end(),
                                [&name](const std::wstring* own) { return *own == name; });
         };
         std::vector<const std::wstring*> expected;
+        expected.reserve(ports.size());
         for (const auto& name : ref.portNames)
             if (present(name)) expected.push_back(&name);
         for (std::size_t i = 0; i < ports.size(); ++i) {
             const auto* refPort = ref.FindPort(*actual[i]);
             if (!refPort) expected.push_back(actual[i]);
-            WritePort(node, *ports[i], *actual[i], refPort);
+            WritePort(*ports[i], *actual[i], refPort);
         }
         for (const auto& name : ref.portNames) {
             if (present(name)) continue;
-            auto removed = node.append_child(xml::PortElement);
-            removed.append_attribute(xml::Name).set_value(U8(name).c_str());
-            WriteFlag(removed, xml::Removed, true);
+            out.StartElement(xml::PortElement);
+            out.Attribute(xml::Name, name);
+            WriteFlag(out, xml::Removed, true);
+            out.EndElement();
         }
         bool sameOrder =
             std::equal(actual.begin(), actual.end(), expected.begin(), expected.end(),
                        [](const std::wstring* a, const std::wstring* b) { return *a == *b; });
         if (!sameOrder) {
-            std::vector<std::wstring> names;
-            for (const auto* name : actual) names.push_back(*name);
-            WriteTexts(node, xml::PortOrder, xml::PortName, names);
+            out.StartElement(xml::PortOrder);
+            for (const auto* name : actual) WriteText(out, xml::PortName, *name);
+            out.EndElement();
         }
     }
 
-    void WritePort(pugi::xml_node parent, const Port& port, const std::wstring& name,
-                   const PortState* refPort) {
+    void WritePort(const Port& port, const std::wstring& name, const PortState* refPort) {
         PortState own(port);
         bool fresh = !refPort || refPort->direction != own.direction;
         std::shared_ptr<Port> blankPort;
@@ -327,167 +371,196 @@ private:
             refPort = blank.get();
         }
         const PortState& ref = *refPort;
-        auto node = parent.append_child(xml::PortElement);
-        node.append_attribute(xml::Name).set_value(U8(name).c_str());
+        auto before = out.GetMark();
+        out.StartElement(xml::PortElement);
+        out.Attribute(xml::Name, name);
+        auto named = out.Size();
         if (fresh)
-            node.append_attribute(xml::Direction)
-                .set_value(own.direction == PortDirection::Input ? "input" : "output");
-        if (own.displayName != ref.displayName)
-            node.append_attribute(xml::DisplayName).set_value(U8(own.displayName).c_str());
-        if (own.optional != ref.optional) WriteFlag(node, xml::Optional, own.optional);
-        if (own.hidden != ref.hidden) WriteFlag(node, xml::Hidden, own.hidden);
-        if (own.isPrivate != ref.isPrivate) WriteFlag(node, xml::Private, own.isPrivate);
-        if (own.native != ref.native) WriteFlag(node, xml::Native, own.native);
-        if (own.description != ref.description)
-            SetText(node.append_child(xml::Description), own.description);
+            out.Attribute(xml::Direction,
+                          own.direction == PortDirection::Input ? "input" : "output");
+        if (own.displayName != ref.displayName) out.Attribute(xml::DisplayName, own.displayName);
+        if (own.optional != ref.optional) WriteFlag(out, xml::Optional, own.optional);
+        if (own.hidden != ref.hidden) WriteFlag(out, xml::Hidden, own.hidden);
+        if (own.isPrivate != ref.isPrivate) WriteFlag(out, xml::Private, own.isPrivate);
+        if (own.native != ref.native) WriteFlag(out, xml::Native, own.native);
+        if (own.description != ref.description) WriteText(out, xml::Description, own.description);
         if (own.keywords != ref.keywords)
-            WriteTexts(node, xml::Keywords, xml::Keyword, own.keywords);
-        if (own.types != ref.types) WriteTypes(node, xml::Types, own.types);
-        if (own.extra != ref.extra) WriteTypes(node, xml::ExtraTypes, own.extra);
-        if (own.excluded != ref.excluded) WriteTypes(node, xml::ExcludedTypes, own.excluded);
-        if (!SameData(own.defaultData, ref.defaultData))
-            WriteData(node.append_child(xml::Default), own.defaultData);
-        if (!SameData(own.data, ref.data)) WriteData(node.append_child(xml::Value), own.data);
-        WriteAttributeChanges(node, own.attributes, ref.attributes, xml::Attribute);
-
-        std::set<std::wstring> types;
-        for (const auto& entry : own.dataAttributes) types.insert(entry.first);
-        for (const auto& entry : ref.dataAttributes) types.insert(entry.first);
-        static const Port::AttributeMap none;
-        for (const auto& type : types) {
-            auto a = own.dataAttributes.find(type);
-            auto b = ref.dataAttributes.find(type);
-            WriteAttributeChanges(node, a == own.dataAttributes.end() ? none : a->second,
-                                  b == ref.dataAttributes.end() ? none : b->second,
-                                  xml::DataAttribute, type);
+            WriteTexts(out, xml::Keywords, xml::Keyword, own.keywords);
+        if (own.types != ref.types) WriteTypes(out, xml::Types, own.types);
+        if (own.extra != ref.extra) WriteTypes(out, xml::ExtraTypes, own.extra);
+        if (own.excluded != ref.excluded) WriteTypes(out, xml::ExcludedTypes, own.excluded);
+        if (!SameData(own.defaultData, ref.defaultData)) {
+            out.StartElement(xml::Default);
+            WriteData(out, own.defaultData);
+            out.EndElement();
         }
+        if (!SameData(own.data, ref.data)) {
+            out.StartElement(xml::Value);
+            WriteData(out, own.data);
+            out.EndElement();
+        }
+        WriteAttributeChanges(out, own.attributes, ref.attributes, xml::Attribute);
+        WriteDataAttributeChanges(own.dataAttributes, ref.dataAttributes);
         // A port that the operator makes by itself and that matches it needs no element.
-        if (!fresh && !node.first_attribute().next_attribute() && !node.first_child())
-            parent.remove_child(node);
+        if (!fresh && out.Size() == named)
+            out.Restore(before);
+        else
+            out.EndElement();
     }
 
-    void WriteLinks(pugi::xml_node node, const Model& model,
-                    const std::vector<std::shared_ptr<Operator>>& ops) {
-        std::map<const Operator*, int> ids;
+    // The data type attributes of both maps, by type name in order.
+    void WriteDataAttributeChanges(const Port::DataTypeAttributeMapMap& own,
+                                   const Port::DataTypeAttributeMapMap& reference) {
+        static const Port::AttributeMap none;
+        auto a = own.begin();
+        auto b = reference.begin();
+        while (a != own.end() || b != reference.end()) {
+            if (b == reference.end() || (a != own.end() && a->first < b->first)) {
+                WriteAttributeChanges(out, a->second, none, xml::DataAttribute, a->first);
+                ++a;
+            } else if (a == own.end() || b->first < a->first) {
+                WriteAttributeChanges(out, none, b->second, xml::DataAttribute, b->first);
+                ++b;
+            } else {
+                WriteAttributeChanges(out, a->second, b->second, xml::DataAttribute, a->first);
+                ++a;
+                ++b;
+            }
+        }
+    }
+
+    void WriteLinks(const Model& model, const std::vector<std::shared_ptr<Operator>>& ops) {
+        std::unordered_map<const Operator*, int> ids;
+        ids.reserve(ops.size() + 1);
         ids[&model] = 0;
         for (std::size_t i = 0; i < ops.size(); ++i) ids[ops[i].get()] = static_cast<int>(i) + 1;
-        auto idOf = [&](const std::shared_ptr<Operator>& op) {
-            auto found = op ? ids.find(op.get()) : ids.end();
+        auto idOf = [&ids](const Operator* op) {
+            auto found = op ? ids.find(op) : ids.end();
             return found == ids.end() ? -1 : found->second;
         };
-        auto links = node.append_child(xml::Links);
-        auto dropped = [&](const std::wstring& what) {
+        auto before = out.GetMark();
+        out.StartElement(xml::Links);
+        auto empty = out.Size();
+        auto dropped = [&model](const std::wstring& what) {
             QuarnLog::Write(QuarnLog::Level::Warning, __PRETTY_FUNCTION__, __FILE__,
                             L"Model \"" + model.GetDisplayName() + L"\": " + what +
                                 L" reaches outside the model and is not saved.");
         };
 
         for (const auto& op : ops) {
-            for (const auto& parent : op->GetParents()) {
-                int parentId = idOf(parent);
+            for (const auto& link : LinkAccess::Of(*op).parents) {
+                auto parent = link.lock();
+                if (!parent) continue;
+                int parentId = idOf(parent.get());
                 if (parentId < 0) {
                     dropped(L"a flow link of \"" + op->GetDisplayName() + L"\"");
                     continue;
                 }
-                auto link = links.append_child(xml::Parent);
-                link.append_attribute(xml::Child).set_value(idOf(op));
-                link.append_attribute(xml::ParentId).set_value(parentId);
+                out.StartElement(xml::Parent);
+                out.Attribute(xml::Child, std::int64_t{idOf(op.get())});
+                out.Attribute(xml::ParentId, std::int64_t{parentId});
+                out.EndElement();
             }
         }
 
-        auto writeConnections = [&](const Operator& child, int childId) {
+        auto writeConnections = [this, &idOf, &dropped](const Operator& child, int childId) {
             for (const auto& port : LinkAccess::Of(child).ports) {
-                ForEachConnection(*port, [&](const std::shared_ptr<PortConnection>& connection) {
+                ForEachConnection(*port, [this, &idOf, &dropped, &child, childId, &port](
+                                             const std::shared_ptr<PortConnection>& connection) {
                     if (connection->IsInnerAlias() || connection->GetChildPort() != port) return;
                     auto parent = connection->GetParent();
                     auto parentPort = connection->GetParentPort();
-                    int parentId = idOf(parent);
+                    int parentId = idOf(parent.get());
                     if (parentId < 0 || !parentPort) {
                         // A model's own inputs fed from outside belong to the model above.
                         if (childId != 0)
                             dropped(L"a data link of \"" + child.GetDisplayName() + L"\"");
                         return;
                     }
-                    auto link = links.append_child(xml::Connection);
-                    link.append_attribute(xml::From).set_value(parentId);
-                    link.append_attribute(xml::FromPort)
-                        .set_value(U8(LinkAccess::Of(*parentPort).name).c_str());
-                    link.append_attribute(xml::To).set_value(childId);
-                    link.append_attribute(xml::ToPort)
-                        .set_value(U8(LinkAccess::Of(*port).name).c_str());
+                    out.StartElement(xml::Connection);
+                    out.Attribute(xml::From, std::int64_t{parentId});
+                    out.Attribute(xml::FromPort, PortName(*parentPort));
+                    out.Attribute(xml::To, std::int64_t{childId});
+                    out.Attribute(xml::ToPort, PortName(*port));
+                    out.EndElement();
                 });
             }
         };
         writeConnections(model, 0);
-        for (const auto& op : ops) writeConnections(*op, idOf(op));
+        for (const auto& op : ops) writeConnections(*op, idOf(op.get()));
 
         for (const auto& modelPort : model.GetPorts()) {
             for (const auto& inner : modelPort->GetInnerAliasedPorts()) {
-                int innerId = idOf(inner->TryGetOperator());
+                int innerId = idOf(inner->TryGetOperator().get());
                 if (innerId <= 0) {
                     dropped(L"the alias \"" + modelPort->GetName() + L"\"");
                     continue;
                 }
-                auto link = links.append_child(xml::Alias);
-                link.append_attribute(xml::ModelPort).set_value(U8(modelPort->GetName()).c_str());
-                link.append_attribute(xml::OperatorRef).set_value(innerId);
-                link.append_attribute(xml::PortRef).set_value(U8(inner->GetName()).c_str());
+                out.StartElement(xml::Alias);
+                out.Attribute(xml::ModelPort, PortName(*modelPort));
+                out.Attribute(xml::OperatorRef, std::int64_t{innerId});
+                out.Attribute(xml::PortRef, PortName(*inner));
+                out.EndElement();
             }
         }
 
         for (const auto& op : ops) {
             auto conditional = std::dynamic_pointer_cast<LattixBasic::ConditionalProcess>(op);
             if (!conditional) continue;
-            int owner = idOf(op);
-            auto hang = [&](const char* kind, const std::shared_ptr<Operator>& target) {
-                int targetId = idOf(target);
+            int owner = idOf(op.get());
+            // Starts the element of a branch, body or test; the caller ends it.
+            auto hang = [this, &idOf, &dropped, &op, owner](
+                            const char* kind, const std::shared_ptr<Operator>& target) {
+                int targetId = idOf(target.get());
                 if (targetId < 0) {
                     dropped(L"a branch, body or test of \"" + op->GetDisplayName() + L"\"");
-                    return pugi::xml_node();
+                    return false;
                 }
-                auto link = links.append_child(kind);
-                link.append_attribute(xml::Owner).set_value(owner);
-                link.append_attribute(xml::OperatorRef).set_value(targetId);
-                return link;
+                out.StartElement(kind);
+                out.Attribute(xml::Owner, std::int64_t{owner});
+                out.Attribute(xml::OperatorRef, std::int64_t{targetId});
+                return true;
             };
-            for (const auto& body : conditional->GetBody()) hang(xml::Body, body);
+            for (const auto& body : conditional->GetBody())
+                if (hang(xml::Body, body)) out.EndElement();
             if (auto test = conditional->GetTestOperator()) {
-                auto link = hang(xml::Test, test);
-                if (link && conditional->GetTestPort())
-                    link.append_attribute(xml::PortRef)
-                        .set_value(U8(conditional->GetTestPort()->GetName()).c_str());
+                if (hang(xml::Test, test)) {
+                    if (auto testPort = conditional->GetTestPort())
+                        out.Attribute(xml::PortRef, PortName(*testPort));
+                    out.EndElement();
+                }
             }
             if (auto ifProcess = std::dynamic_pointer_cast<LattixBasic::IfProcess>(op)) {
-                for (bool branch : {true, false})
-                    for (const auto& tail : ifProcess->GetIfTails(branch))
-                        if (auto link = hang(xml::Tail, tail)) WriteFlag(link, xml::Branch, branch);
+                for (bool branch : {true, false}) {
+                    for (const auto& tail : ifProcess->GetIfTails(branch)) {
+                        if (!hang(xml::Tail, tail)) continue;
+                        WriteFlag(out, xml::Branch, branch);
+                        out.EndElement();
+                    }
+                }
             }
         }
-        if (!links.first_child()) node.remove_child(links);
+        if (out.Size() == empty)
+            out.Restore(before);
+        else
+            out.EndElement();
     }
 
-    std::map<std::wstring, std::unique_ptr<ReferenceState>> references;
-};
-
-struct StringSink : pugi::xml_writer {
-    std::string text;
-    void write(const void* data, size_t size) override {
-        text.append(static_cast<const char*>(data), size);
-    }
+    XmlEmitter& out;
+    std::vector<referenceEntry> references;
 };
 
 }  // namespace
 
 std::string WriteModelXml(const Model& model) {
-    pugi::xml_document document;
-    auto root = document.append_child(xml::Root);
-    root.append_attribute(xml::FormatVersion).set_value(ModelXmlVersion);
+    XmlEmitter out(ExpectedSize(model));
+    out.StartElement(xml::Root);
+    out.Attribute(xml::FormatVersion, std::int64_t{ModelXmlVersion});
     auto hold = OperatorFactory::HoldRescan();
-    Writer writer;
-    writer.WriteOperator(root, model, 0);
-    StringSink sink;
-    document.save(sink, "  ", pugi::format_indent, pugi::encoding_utf8);
-    return std::move(sink.text);
+    Writer writer(out);
+    writer.WriteOperator(model, 0);
+    out.EndElement();
+    return out.Finish();
 }
 
 }  // namespace Velmar::Lattix::format
