@@ -191,27 +191,31 @@ void ForEachConnection(const Port& port, Fn&& fn) {
         if (auto connection = link.lock()) fn(connection);
 }
 
+// Whether two texts or lists are equal; operators and ports of one type share many of theirs with
+// their definition, and then the very same object is compared.
+template <typename T>
+bool Same(const T& a, const T& b) {
+    return &a == &b || a == b;
+}
+
+// As Operator::GetDisplayName answers it.
+const std::wstring& DisplayName(const operatorRecord& record) {
+    return record.displayName.Get().empty() ? record.name.GetName() : record.displayName.Get();
+}
+
 // A fresh operator of a type, as the reader starts from it before it applies the file; taken
-// once per type and save. Keeps the operator, whose ports its port states read.
+// once per type and save. Keeps the operator, whose record and ports are compared in place.
 struct ReferenceState {
-    explicit ReferenceState(std::shared_ptr<Operator> fresh)
-        : op(std::move(fresh)),
-          displayName(op->GetDisplayName()),
-          icon(op->GetIcon()),
-          displayCategory(op->GetDisplayCategory()),
-          colorCategory(op->GetColorCategory()),
-          uri(op->GetUri()),
-          description(op->GetDescription()),
-          usableInExpression(op->IsUsableInExpression()),
-          keywords(op->GetKeywords()),
-          syntaxForms(op->GetSyntaxForms()),
-          attributes(op->GetAttributeMap()) {
+    explicit ReferenceState(std::shared_ptr<Operator> fresh) : op(std::move(fresh)) {
         for (const auto& port : op->GetPorts()) {
             portNames.push_back(port->GetName());
             ports.emplace(std::piecewise_construct, std::forward_as_tuple(port->GetName()),
                           std::forward_as_tuple(*port));
         }
+        for (const auto& name : portNames) ordered.push_back(FindPort(name));
     }
+
+    const operatorRecord& Record() const { return LinkAccess::Of(*op); }
 
     const PortState* FindPort(const std::wstring& name) const {
         auto found = ports.find(name);
@@ -219,18 +223,10 @@ struct ReferenceState {
     }
 
     std::shared_ptr<Operator> op;
-    std::wstring displayName;
-    std::wstring icon;
-    std::wstring displayCategory;
-    std::wstring colorCategory;
-    std::wstring uri;
-    std::wstring description;
-    bool usableInExpression;
-    std::vector<std::wstring> keywords;
-    std::vector<std::wstring> syntaxForms;
-    std::map<std::wstring, std::shared_ptr<Data>> attributes;
     std::vector<std::wstring> portNames;
     std::map<std::wstring, PortState> ports;
+    // FindPort of each of portNames.
+    std::vector<const PortState*> ordered;
 };
 
 // A guess of a model file's size, from its operators: a few hundred bytes each.
@@ -254,19 +250,17 @@ public:
         out.Attribute(xml::Name, record.name.GetName());
         const ReferenceState& ref = Reference(op, record.name, plainModel);
 
-        auto text = [this](const char* name, const std::wstring& own, const std::wstring& theirs) {
-            if (own != theirs) out.Attribute(name, own);
+        const auto& theirs = ref.Record();
+        auto text = [this](const char* name, const std::wstring& own, const std::wstring& other) {
+            if (!Same(own, other)) out.Attribute(name, own);
         };
-        // As Operator::GetDisplayName answers it.
-        const auto& displayName =
-            record.displayName.Get().empty() ? record.name.GetName() : record.displayName.Get();
-        text(xml::DisplayName, displayName, ref.displayName);
-        text(xml::Icon, record.icon.Get(), ref.icon);
-        text(xml::DisplayCategory, record.displayCategory.Get(), ref.displayCategory);
-        text(xml::ColorCategory, record.colorCategory.Get(), ref.colorCategory);
-        if (record.usableInExpression != ref.usableInExpression)
+        text(xml::DisplayName, DisplayName(record), DisplayName(theirs));
+        text(xml::Icon, record.icon.Get(), theirs.icon.Get());
+        text(xml::DisplayCategory, record.displayCategory.Get(), theirs.displayCategory.Get());
+        text(xml::ColorCategory, record.colorCategory.Get(), theirs.colorCategory.Get());
+        if (record.usableInExpression != theirs.usableInExpression)
             WriteFlag(out, xml::UsableInExpression, record.usableInExpression);
-        text(xml::Uri, record.uri, ref.uri);
+        text(xml::Uri, record.uri, theirs.uri);
         const auto* model = dynamic_cast<const Model*>(&op);
         if (model) {
             const auto& processName = LinkAccess::Of(*model).processName;
@@ -275,15 +269,16 @@ public:
             if (model->IsLocked()) WriteFlag(out, xml::Locked, true);
             if (!model->CanSaveInPlainFormat()) WriteFlag(out, xml::PlainFormatForbidden, true);
         }
-        if (const auto& description = record.description.Get(); description != ref.description)
+        if (const auto& description = record.description.Get();
+            !Same(description, theirs.description.Get()))
             WriteText(out, xml::Description, description);
-        if (const auto& keywords = record.keywords.Get(); keywords != ref.keywords)
+        if (const auto& keywords = record.keywords.Get(); !Same(keywords, theirs.keywords.Get()))
             WriteTexts(out, xml::Keywords, xml::Keyword, keywords);
-        if (const auto& forms = record.syntaxForms.Get(); forms != ref.syntaxForms)
+        if (const auto& forms = record.syntaxForms.Get(); !Same(forms, theirs.syntaxForms.Get()))
             WriteTexts(out, xml::SyntaxForms, xml::Form, forms);
 
         WritePorts(op, ref);
-        WriteAttributeChanges(out, record.attributes, ref.attributes, xml::Attribute);
+        WriteAttributeChanges(out, record.attributes, theirs.attributes, xml::Attribute);
 
         if (model) {
             const auto& ops = LinkAccess::Of(*model).operators;
@@ -330,6 +325,15 @@ private:
         std::vector<const std::wstring*> actual;
         actual.reserve(ports.size());
         for (const auto& port : ports) actual.push_back(&PortName(*port));
+        // Mostly the operator still has the ports of its type, in their order: then nothing is
+        // removed or reordered, and each port's reference is the one at its place.
+        if (std::equal(
+                actual.begin(), actual.end(), ref.portNames.begin(), ref.portNames.end(),
+                [](const std::wstring* own, const std::wstring& name) { return *own == name; })) {
+            for (std::size_t i = 0; i < ports.size(); ++i)
+                WritePort(*ports[i], *actual[i], ref.ordered[i]);
+            return;
+        }
         auto present = [&actual](const std::wstring& name) {
             return std::any_of(actual.begin(), actual.end(),
                                [&name](const std::wstring* own) { return *own == name; });
@@ -378,17 +382,19 @@ private:
         if (fresh)
             out.Attribute(xml::Direction,
                           own.direction == PortDirection::Input ? "input" : "output");
-        if (own.displayName != ref.displayName) out.Attribute(xml::DisplayName, own.displayName);
+        if (!Same(own.displayName, ref.displayName))
+            out.Attribute(xml::DisplayName, own.displayName);
         if (own.optional != ref.optional) WriteFlag(out, xml::Optional, own.optional);
         if (own.hidden != ref.hidden) WriteFlag(out, xml::Hidden, own.hidden);
         if (own.isPrivate != ref.isPrivate) WriteFlag(out, xml::Private, own.isPrivate);
         if (own.native != ref.native) WriteFlag(out, xml::Native, own.native);
-        if (own.description != ref.description) WriteText(out, xml::Description, own.description);
-        if (own.keywords != ref.keywords)
+        if (!Same(own.description, ref.description))
+            WriteText(out, xml::Description, own.description);
+        if (!Same(own.keywords, ref.keywords))
             WriteTexts(out, xml::Keywords, xml::Keyword, own.keywords);
-        if (own.types != ref.types) WriteTypes(out, xml::Types, own.types);
-        if (own.extra != ref.extra) WriteTypes(out, xml::ExtraTypes, own.extra);
-        if (own.excluded != ref.excluded) WriteTypes(out, xml::ExcludedTypes, own.excluded);
+        if (!Same(own.types, ref.types)) WriteTypes(out, xml::Types, own.types);
+        if (!Same(own.extra, ref.extra)) WriteTypes(out, xml::ExtraTypes, own.extra);
+        if (!Same(own.excluded, ref.excluded)) WriteTypes(out, xml::ExcludedTypes, own.excluded);
         if (!SameData(own.defaultData, ref.defaultData)) {
             out.StartElement(xml::Default);
             WriteData(out, own.defaultData);
