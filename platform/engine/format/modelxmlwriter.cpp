@@ -236,11 +236,53 @@ std::size_t ExpectedSize(const Model& model) {
     return Frame + PerOperator * LinkAccess::Of(model).operators.size();
 }
 
+// The flow and data links of one model, gathered while its operators are written (their records
+// are at hand then) and written after them.
+struct modelLinks {
+    explicit modelLinks(const Model& model) : model(model) {
+        const auto& ops = LinkAccess::Of(model).operators;
+        ids.reserve(ops.size() + 1);
+        ids[&model] = 0;
+        for (std::size_t i = 0; i < ops.size(); ++i) ids[ops[i].get()] = static_cast<int>(i) + 1;
+    }
+
+    // The operator's number in the model: 0 for the model, -1 for an operator outside it.
+    int IdOf(const Operator* op) const {
+        auto found = op ? ids.find(op) : ids.end();
+        return found == ids.end() ? -1 : found->second;
+    }
+
+    void Dropped(const std::wstring& what) const {
+        QuarnLog::Write(QuarnLog::Level::Warning, __PRETTY_FUNCTION__, __FILE__,
+                        L"Model \"" + model.GetDisplayName() + L"\": " + what +
+                            L" reaches outside the model and is not saved.");
+    }
+
+    struct flowLink {
+        int child;
+        int parent;
+    };
+    struct dataLink {
+        int from;
+        const std::wstring* fromPort;
+        int to;
+        const std::wstring* toPort;
+    };
+
+    const Model& model;
+    std::unordered_map<const Operator*, int> ids;
+    std::vector<flowLink> parents;
+    std::vector<dataLink> connections;
+    // The numbers of the conditional operators, whose branches, bodies and tests are links too.
+    std::vector<int> conditionals;
+};
+
 class Writer {
 public:
     explicit Writer(XmlEmitter& out) : out(out) {}
 
-    void WriteOperator(const Operator& op, int id) {
+    // enclosing: the links of the model that holds op, if any.
+    void WriteOperator(const Operator& op, int id, modelLinks* enclosing) {
         bool plainModel = IsPlainModel(op);
         // The texts are compared in place: a save visits every operator.
         const auto& record = LinkAccess::Of(op);
@@ -280,11 +322,25 @@ public:
         WritePorts(op, ref);
         WriteAttributeChanges(out, record.attributes, theirs.attributes, xml::Attribute);
 
+        // A model's own ports are children in its links (number 0), and in those of the model
+        // that holds it.
+        std::unique_ptr<modelLinks> own;
+        if (model) own = std::make_unique<modelLinks>(*model);
+        if (enclosing) {
+            GatherParents(*enclosing, op, id);
+            if (dynamic_cast<const LattixBasic::ConditionalProcess*>(&op))
+                enclosing->conditionals.push_back(id);
+        }
+        for (const auto& port : record.ports) {
+            if (enclosing) GatherConnections(*enclosing, op, id, port);
+            if (own) GatherConnections(*own, op, 0, port);
+        }
+
         if (model) {
             const auto& ops = LinkAccess::Of(*model).operators;
             for (std::size_t i = 0; i < ops.size(); ++i)
-                WriteOperator(*ops[i], static_cast<int>(i) + 1);
-            WriteLinks(*model, ops);
+                WriteOperator(*ops[i], static_cast<int>(i) + 1, own.get());
+            WriteLinks(*own);
         }
         out.EndElement();
     }
@@ -435,65 +491,62 @@ private:
         }
     }
 
-    void WriteLinks(const Model& model, const std::vector<std::shared_ptr<Operator>>& ops) {
-        std::unordered_map<const Operator*, int> ids;
-        ids.reserve(ops.size() + 1);
-        ids[&model] = 0;
-        for (std::size_t i = 0; i < ops.size(); ++i) ids[ops[i].get()] = static_cast<int>(i) + 1;
-        auto idOf = [&ids](const Operator* op) {
-            auto found = op ? ids.find(op) : ids.end();
-            return found == ids.end() ? -1 : found->second;
-        };
+    static void GatherParents(modelLinks& links, const Operator& child, int childId) {
+        for (const auto& link : LinkAccess::Of(child).parents) {
+            auto parent = link.lock();
+            if (!parent) continue;
+            int parentId = links.IdOf(parent.get());
+            if (parentId < 0) {
+                links.Dropped(L"a flow link of \"" + child.GetDisplayName() + L"\"");
+                continue;
+            }
+            links.parents.push_back({childId, parentId});
+        }
+    }
+
+    static void GatherConnections(modelLinks& links, const Operator& child, int childId,
+                                  const std::shared_ptr<Port>& port) {
+        ForEachConnection(*port, [&links, &child, childId,
+                                  &port](const std::shared_ptr<PortConnection>& connection) {
+            if (connection->IsInnerAlias() || connection->GetChildPort() != port) return;
+            auto parent = connection->GetParent();
+            auto parentPort = connection->GetParentPort();
+            int parentId = links.IdOf(parent.get());
+            if (parentId < 0 || !parentPort) {
+                // A model's own inputs fed from outside belong to the model above.
+                if (childId != 0)
+                    links.Dropped(L"a data link of \"" + child.GetDisplayName() + L"\"");
+                return;
+            }
+            // The ports belong to operators of the model, which outlive the save.
+            links.connections.push_back(
+                {parentId, &PortName(*parentPort), childId, &PortName(*port)});
+        });
+    }
+
+    void WriteLinks(const modelLinks& links) {
+        const Model& model = links.model;
+        const auto& ops = LinkAccess::Of(model).operators;
+        auto idOf = [&links](const Operator* op) { return links.IdOf(op); };
+        auto dropped = [&links](const std::wstring& what) { links.Dropped(what); };
         auto before = out.GetMark();
         out.StartElement(xml::Links);
         auto empty = out.Size();
-        auto dropped = [&model](const std::wstring& what) {
-            QuarnLog::Write(QuarnLog::Level::Warning, __PRETTY_FUNCTION__, __FILE__,
-                            L"Model \"" + model.GetDisplayName() + L"\": " + what +
-                                L" reaches outside the model and is not saved.");
-        };
 
-        for (const auto& op : ops) {
-            for (const auto& link : LinkAccess::Of(*op).parents) {
-                auto parent = link.lock();
-                if (!parent) continue;
-                int parentId = idOf(parent.get());
-                if (parentId < 0) {
-                    dropped(L"a flow link of \"" + op->GetDisplayName() + L"\"");
-                    continue;
-                }
-                out.StartElement(xml::Parent);
-                out.Attribute(xml::Child, std::int64_t{idOf(op.get())});
-                out.Attribute(xml::ParentId, std::int64_t{parentId});
-                out.EndElement();
-            }
+        for (const auto& link : links.parents) {
+            out.StartElement(xml::Parent);
+            out.Attribute(xml::Child, std::int64_t{link.child});
+            out.Attribute(xml::ParentId, std::int64_t{link.parent});
+            out.EndElement();
         }
-
-        auto writeConnections = [this, &idOf, &dropped](const Operator& child, int childId) {
-            for (const auto& port : LinkAccess::Of(child).ports) {
-                ForEachConnection(*port, [this, &idOf, &dropped, &child, childId, &port](
-                                             const std::shared_ptr<PortConnection>& connection) {
-                    if (connection->IsInnerAlias() || connection->GetChildPort() != port) return;
-                    auto parent = connection->GetParent();
-                    auto parentPort = connection->GetParentPort();
-                    int parentId = idOf(parent.get());
-                    if (parentId < 0 || !parentPort) {
-                        // A model's own inputs fed from outside belong to the model above.
-                        if (childId != 0)
-                            dropped(L"a data link of \"" + child.GetDisplayName() + L"\"");
-                        return;
-                    }
-                    out.StartElement(xml::Connection);
-                    out.Attribute(xml::From, std::int64_t{parentId});
-                    out.Attribute(xml::FromPort, PortName(*parentPort));
-                    out.Attribute(xml::To, std::int64_t{childId});
-                    out.Attribute(xml::ToPort, PortName(*port));
-                    out.EndElement();
-                });
-            }
-        };
-        writeConnections(model, 0);
-        for (const auto& op : ops) writeConnections(*op, idOf(op.get()));
+        for (const auto& link : links.connections) {
+            out.StartElement(xml::Connection);
+            out.Attribute(xml::From, std::int64_t{link.from});
+            out.Attribute(xml::FromPort, *link.fromPort);
+            out.Attribute(xml::To, std::int64_t{link.to});
+            out.Attribute(xml::ToPort, *link.toPort);
+            out.EndElement();
+        }
 
         for (const auto& modelPort : model.GetPorts()) {
             for (const auto& inner : modelPort->GetInnerAliasedPorts()) {
@@ -510,10 +563,9 @@ private:
             }
         }
 
-        for (const auto& op : ops) {
+        for (int owner : links.conditionals) {
+            const auto& op = ops[static_cast<std::size_t>(owner) - 1];
             auto conditional = std::dynamic_pointer_cast<LattixBasic::ConditionalProcess>(op);
-            if (!conditional) continue;
-            int owner = idOf(op.get());
             // Starts the element of a branch, body or test; the caller ends it.
             auto hang = [this, &idOf, &dropped, &op, owner](
                             const char* kind, const std::shared_ptr<Operator>& target) {
@@ -564,7 +616,7 @@ std::string WriteModelXml(const Model& model) {
     out.Attribute(xml::FormatVersion, std::int64_t{ModelXmlVersion});
     auto hold = OperatorFactory::HoldRescan();
     Writer writer(out);
-    writer.WriteOperator(model, 0);
+    writer.WriteOperator(model, 0, nullptr);
     out.EndElement();
     return out.Finish();
 }
