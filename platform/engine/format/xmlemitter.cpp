@@ -22,7 +22,8 @@ constexpr unsigned char InAttribute = 2;
 
 constexpr std::array<unsigned char, 128> MakeEscapes() {
     std::array<unsigned char, 128> escapes{};
-    for (unsigned c = 1; c < 32; ++c) escapes[c] = InText | InAttribute;
+    // NUL ends a value; the other control characters become character references.
+    for (unsigned c = 0; c < 32; ++c) escapes[c] = InText | InAttribute;
     // Tabs and line breaks survive in texts; a reader turns them into spaces in attributes.
     escapes['\t'] = escapes['\n'] = escapes['\r'] = InAttribute;
     escapes['&'] = escapes['<'] = InText | InAttribute;
