@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -131,7 +132,9 @@ const Port::AttributeMap& OwnPortAttributes(const Port::AttributeMap& all,
     return filtered;
 }
 
-// The writer reads port records only here, in PortState and the two helpers after it.
+// The writer reads port records only here: in PortState and the helpers after it, down to
+// PrefetchAhead.
+//
 // What the writer compares of a port, read in place from its record (the getters answer copies,
 // and a save compares every port). The port must outlive it; it is neither copied nor moved.
 struct PortState {
@@ -189,6 +192,65 @@ void ForEachConnection(const Port& port, Fn&& fn) {
     for (const auto& connection : record.inbound) fn(connection);
     for (const auto& link : record.outbound)
         if (auto connection = link.lock()) fn(connection);
+}
+
+// Asks for memory ahead of its use. A large model's records do not fit in the cache, and each
+// operator's lie in a dozen places; the writer, waiting for each in turn, would spend most of its
+// time waiting.
+void PrefetchBytes(const void* start, std::size_t size) {
+    constexpr std::size_t Line = 64;
+    const auto* bytes = static_cast<const char*>(start);
+    for (std::size_t offset = 0; offset < size; offset += Line) __builtin_prefetch(bytes + offset);
+}
+
+template <typename T>
+void PrefetchText(const std::basic_string<T>& text) {
+    if (!text.empty()) __builtin_prefetch(text.data());
+}
+
+// While operator i of a model is written, the memory of the next ones is asked for, one hop
+// further along their pointers for each operator nearer to i: each hop reads only what an earlier
+// step asked for.
+void PrefetchAhead(const std::vector<std::shared_ptr<Operator>>& ops, std::size_t i) {
+    // Prefetches alone count as doing nothing, and the compiler would drop calls of a function
+    // that does nothing; the barrier costs nothing at run time.
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    auto at = [&ops](std::size_t k) { return k < ops.size() ? ops[k].get() : nullptr; };
+    if (const auto* op = at(i + 10)) PrefetchBytes(op, sizeof(Operator));
+    if (const auto* op = at(i + 8)) PrefetchBytes(&LinkAccess::Of(*op), sizeof(operatorRecord));
+    if (const auto* op = at(i + 6)) {
+        const auto& record = LinkAccess::Of(*op);
+        PrefetchBytes(record.ports.data(), record.ports.size() * sizeof(record.ports[0]));
+        if (!record.parents.empty()) __builtin_prefetch(record.parents.data());
+        if (!record.attributes.empty()) __builtin_prefetch(&*record.attributes.begin());
+    }
+    if (const auto* op = at(i + 4)) {
+        const auto& record = LinkAccess::Of(*op);
+        for (const auto& port : record.ports) PrefetchBytes(port.get(), sizeof(Port));
+        if (record.attributes.size() > 1)
+            __builtin_prefetch(&*std::next(record.attributes.begin()));
+    }
+    if (const auto* op = at(i + 3)) {
+        const auto& record = LinkAccess::Of(*op);
+        for (const auto& port : record.ports)
+            PrefetchBytes(&LinkAccess::Of(*port), sizeof(portRecord));
+    }
+    if (const auto* op = at(i + 2)) {
+        const auto& record = LinkAccess::Of(*op);
+        for (const auto& [name, value] : record.attributes) {
+            PrefetchText(name);
+            if (value) __builtin_prefetch(value.get());
+        }
+        for (const auto& port : record.ports) {
+            const auto& state = LinkAccess::Of(*port);
+            PrefetchText(state.name);
+            PrefetchText(state.description);
+            if (!state.supported.empty()) __builtin_prefetch(state.supported.data());
+            if (!state.inbound.empty()) __builtin_prefetch(state.inbound.data());
+            if (!state.outbound.empty()) __builtin_prefetch(state.outbound.data());
+            if (state.data) __builtin_prefetch(state.data.get());
+        }
+    }
 }
 
 // Whether two texts or lists are equal; operators and ports of one type share many of theirs with
@@ -264,9 +326,9 @@ struct modelLinks {
     };
     struct dataLink {
         int from;
-        const std::wstring* fromPort;
+        const std::string* fromPort;
         int to;
-        const std::wstring* toPort;
+        const std::string* toPort;
     };
 
     const Model& model;
@@ -338,8 +400,10 @@ public:
 
         if (model) {
             const auto& ops = LinkAccess::Of(*model).operators;
-            for (std::size_t i = 0; i < ops.size(); ++i)
+            for (std::size_t i = 0; i < ops.size(); ++i) {
+                PrefetchAhead(ops, i);
                 WriteOperator(*ops[i], static_cast<int>(i) + 1, own.get());
+            }
             WriteLinks(*own);
         }
         out.EndElement();
@@ -504,9 +568,9 @@ private:
         }
     }
 
-    static void GatherConnections(modelLinks& links, const Operator& child, int childId,
-                                  const std::shared_ptr<Port>& port) {
-        ForEachConnection(*port, [&links, &child, childId,
+    void GatherConnections(modelLinks& links, const Operator& child, int childId,
+                           const std::shared_ptr<Port>& port) {
+        ForEachConnection(*port, [this, &links, &child, childId,
                                   &port](const std::shared_ptr<PortConnection>& connection) {
             if (connection->IsInnerAlias() || connection->GetChildPort() != port) return;
             auto parent = connection->GetParent();
@@ -518,9 +582,8 @@ private:
                     links.Dropped(L"a data link of \"" + child.GetDisplayName() + L"\"");
                 return;
             }
-            // The ports belong to operators of the model, which outlive the save.
             links.connections.push_back(
-                {parentId, &PortName(*parentPort), childId, &PortName(*port)});
+                {parentId, &Utf8Name(PortName(*parentPort)), childId, &Utf8Name(PortName(*port))});
         });
     }
 
@@ -604,8 +667,19 @@ private:
             out.EndElement();
     }
 
+    // The UTF-8 of a name that recurs through the model. The links are written after all
+    // operators, when their ports' names would have to come back from memory one by one.
+    const std::string& Utf8Name(const std::wstring& name) {
+        auto found = utf8Names.find(name);
+        if (found == utf8Names.end())
+            found = utf8Names.emplace(name, qtxt::DefaultWideToUTF8(name)).first;
+        return found->second;
+    }
+
     XmlEmitter& out;
     std::vector<referenceEntry> references;
+    // Node-based: the texts keep their places while names are added.
+    std::unordered_map<std::wstring, std::string> utf8Names;
 };
 
 }  // namespace
