@@ -11,6 +11,7 @@
 #include <pugixml.hpp>
 
 #include "Velmar/Lattix/DoubleData.h"
+#include "Velmar/Lattix/Format/ModelFormat.h"
 #include "Velmar/Lattix/Model.h"
 #include "Velmar/Lattix/ModelFormatFactory.h"
 #include "Velmar/Lattix/OperatorFactory.h"
@@ -108,10 +109,24 @@ void BM_SaveToBuffer(benchmark::State& state) {
             ModelFormatFactory::SaveToBuffer(model, ModelFormatFactory::PlainFormatName));
 }
 
+// The writer alone: the model's bytes, without the file or the conversion to wide text.
+void BM_WriteModelBytes(benchmark::State& state) {
+    auto model = BuildModel(static_cast<int>(state.range(0)));
+    auto format = ModelFormatFactory::GetFormat(ModelFormatFactory::PlainFormatName);
+    std::size_t size = 0;
+    for (auto _ : state) {
+        auto bytes = format->Write(*model);
+        size = bytes.size();
+        benchmark::DoNotOptimize(bytes);
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * size));
+}
+
 }  // namespace
 
 BENCHMARK(BM_BuildModel)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_SaveModelFile)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_SaveToBuffer)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_WriteModelBytes)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_OpenModelFile)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_PugixmlParseSameFile)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);

@@ -354,6 +354,17 @@ std::wstring AttributeName(const std::string& key) {
     return name;
 }
 
+}  // namespace
+
+std::string operatorRecord::KeyOf(const std::wstring& name) {
+    return AttributeKey(name);
+}
+std::wstring operatorRecord::NameOf(const std::string& key) {
+    return AttributeName(key);
+}
+
+namespace {
+
 using AttributeList = std::vector<operatorRecord::attribute>;
 
 AttributeList::iterator FindAttribute(AttributeList& list, const std::string& key) {

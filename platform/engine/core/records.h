@@ -138,6 +138,9 @@ struct operatorRecord {
         std::shared_ptr<Data> value;
     };
     std::vector<attribute> attributes;
+    // An attribute name's key, and back.
+    static std::string KeyOf(const std::wstring& name);
+    static std::wstring NameOf(const std::string& key);
     std::vector<std::weak_ptr<Operator>> parents;
 
     // Shared with other threads: guarded by lock.

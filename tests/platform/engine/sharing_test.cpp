@@ -2,6 +2,7 @@
 // their text between copies: editing one operator or one name must never show through another.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <set>
@@ -9,11 +10,13 @@
 
 #include "Velmar/Lattix/DoubleData.h"
 #include "Velmar/Lattix/Model.h"
+#include "Velmar/Lattix/ModelFormatFactory.h"
 #include "Velmar/Lattix/ObjectName.h"
 #include "Velmar/Lattix/OperatorDefinition.h"
 #include "Velmar/Lattix/OperatorFactory.h"
 #include "Velmar/Lattix/Port.h"
 #include "Velmar/Lattix/StringListData.h"
+#include "qtxt/Text.h"
 
 using namespace Velmar::Lattix;
 
@@ -281,6 +284,20 @@ TEST(OperatorAttributes, AnyNameIsKeptExactlyAndInOrder) {
         EXPECT_EQ(direct->GetValue(), want->second);
         ++want;
     }
+    // Saved and read back: every name that is valid Unicode comes back as it was.
+    auto model = std::make_shared<Model>();
+    model->AddOperator(op);
+    auto reopened = ModelFormatFactory::OpenFromBuffer(
+        ModelFormatFactory::SaveToBuffer(model, ModelFormatFactory::PlainFormatName), L"");
+    ASSERT_EQ(reopened->GetOperators().size(), 1u);
+    auto back = reopened->GetOperators().front()->GetAttributeMap();
+    for (const auto& name : names) {
+        auto code = static_cast<std::uint32_t>(name.front());
+        bool valid = code < 0xD800 || (code > 0xDFFF && code <= 0x10FFFF);
+        if (!valid || name.find(L'\0') != std::wstring::npos) continue;
+        EXPECT_TRUE(back.count(name)) << qtxt::narrow(name);
+    }
+
     EXPECT_FALSE(op->GetAttribute(L"Höh"));
     EXPECT_TRUE(op->RemoveAttribute(L"名前"));
     EXPECT_FALSE(op->RemoveAttribute(L"名前"));
