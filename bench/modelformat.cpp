@@ -2,9 +2,12 @@
 // parsing the same file.
 #include <benchmark/benchmark.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <new>
 #include <sstream>
 #include <string>
 
@@ -17,6 +20,25 @@
 #include "Velmar/Lattix/OperatorFactory.h"
 #include "Velmar/Lattix/Port.h"
 #include "qtxt/Text.h"
+
+// Heap allocations are counted while `countAllocations` is set (this program only; single
+// threaded), to report how many a model costs per operator.
+namespace {
+bool countAllocations = false;
+std::size_t allocations = 0;
+}  // namespace
+
+void* operator new(std::size_t size) {
+    if (countAllocations) ++allocations;
+    if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
 
 using namespace Velmar::Lattix;
 
@@ -79,6 +101,15 @@ void BM_SaveModelFile(benchmark::State& state) {
 void BM_OpenModelFile(benchmark::State& state) {
     auto path = FileFor(static_cast<int>(state.range(0)));
     ModelFormatFactory::Save(BuildModel(static_cast<int>(state.range(0))), path);
+    {
+        // One counted open beside the timed ones.
+        allocations = 0;
+        countAllocations = true;
+        auto model = ModelFormatFactory::Open(path);
+        countAllocations = false;
+        state.counters["allocations_per_operator"] =
+            static_cast<double>(allocations) / static_cast<double>(state.range(0));
+    }
     for (auto _ : state) {
         auto model = ModelFormatFactory::Open(path);
         benchmark::DoNotOptimize(model);
@@ -100,6 +131,31 @@ void BM_PugixmlParseSameFile(benchmark::State& state) {
         benchmark::DoNotOptimize(document.load_buffer(bytes.data(), bytes.size()));
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * ReadBytes(path).size());
+}
+
+// Opening against pugixml alone parsing the same file, timed in turn in each iteration:
+// "read_rate_vs_pugixml" is the rate of opening as a fraction of pugixml's (1 = as fast).
+void BM_ReadRateAgainstPugixml(benchmark::State& state) {
+    using Clock = std::chrono::steady_clock;
+    auto path = FileFor(static_cast<int>(state.range(0)));
+    ModelFormatFactory::Save(BuildModel(static_cast<int>(state.range(0))), path);
+    Clock::duration opening{};
+    Clock::duration parsing{};
+    for (auto _ : state) {
+        auto start = Clock::now();
+        auto model = ModelFormatFactory::Open(path);
+        opening += Clock::now() - start;
+        state.PauseTiming();
+        model.reset();
+        state.ResumeTiming();
+        start = Clock::now();
+        auto bytes = ReadBytes(path);
+        pugi::xml_document document;
+        benchmark::DoNotOptimize(document.load_buffer(bytes.data(), bytes.size()));
+        parsing += Clock::now() - start;
+    }
+    state.counters["read_rate_vs_pugixml"] = std::chrono::duration<double>(parsing).count() /
+                                             std::chrono::duration<double>(opening).count();
 }
 
 void BM_SaveToBuffer(benchmark::State& state) {
@@ -130,3 +186,4 @@ BENCHMARK(BM_SaveToBuffer)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)
 BENCHMARK(BM_WriteModelBytes)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_OpenModelFile)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_PugixmlParseSameFile)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ReadRateAgainstPugixml)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);

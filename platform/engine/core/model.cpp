@@ -1,6 +1,7 @@
 #include "Velmar/Lattix/Model.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "LattixBasic/ConditionalProcess.h"
 #include "LattixBasic/IfProcess.h"
@@ -46,6 +47,21 @@ void Model::AddOperator(const std::shared_ptr<Operator>& op) {
     modelData->operators.push_back(op);
     modelData->members.insert(op.get());
     op->SetProcess(self);
+}
+
+void LinkAccess::AddNewOperator(const std::shared_ptr<Model>& model,
+                                const std::shared_ptr<Operator>& op) {
+    assert(op && model && !op->GetProcess() && op != model);
+    auto& record = Of(*model);
+    record.operators.push_back(op);
+    record.members.insert(op.get());
+    op->SetProcess(model);
+}
+
+void LinkAccess::ReserveOperators(Model& model, std::size_t count) {
+    auto& record = Of(model);
+    record.operators.reserve(record.operators.size() + count);
+    record.members.reserve(record.members.size() + count);
 }
 
 void Model::AddSubModel(const std::shared_ptr<Model>& subModel) {

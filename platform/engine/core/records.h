@@ -183,6 +183,12 @@ struct LinkAccess {
     // ApplyDefinition without copying: the operator keeps a share of the definition.
     static void ApplySharedDefinition(Operator& op,
                                       const std::shared_ptr<const preparedDefinition>& definition);
+    // Model::AddOperator for an operator just made, which belongs to no model yet and so can be
+    // neither the model itself nor above it: the checks are left out.
+    static void AddNewOperator(const std::shared_ptr<Model>& model,
+                               const std::shared_ptr<Operator>& op);
+    // Makes room for that many more operators in the model.
+    static void ReserveOperators(Model& model, std::size_t count);
     // A new operator of a built-in type, as OperatorFactory::Create makes it.
     static std::shared_ptr<Operator> Instantiate(
         const std::shared_ptr<const preparedDefinition>& definition);

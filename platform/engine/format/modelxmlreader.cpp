@@ -508,7 +508,9 @@ private:
             model->SetPlainFormatForbidden(Flag(element, xml::PlainFormatForbidden));
         }
 
-        IdTable ids(model ? static_cast<std::size_t>(std::distance(node.begin(), node.end())) : 0);
+        auto childCount = static_cast<std::size_t>(std::distance(node.begin(), node.end()));
+        IdTable ids(model ? childCount : 0);
+        if (model) LinkAccess::ReserveOperators(*model, childCount);
         if (model) ids.Add(0, op);
         pugi::xml_node links;
         pugi::xml_node portOrder;
@@ -547,7 +549,7 @@ private:
                 if (ids.Contains(id))
                     Fail(child, L"duplicate operator id " + std::to_wstring(id) + L".");
                 auto innerOp = ReadOperator(inner, depth + 1);
-                Guard(child, [&] { model->AddOperator(innerOp); });
+                LinkAccess::AddNewOperator(model, innerOp);
                 ids.Add(id, innerOp);
             } else if (model && Is(child, xml::Links)) {
                 if (links) Fail(child, L"a model has one <Links> element.");
