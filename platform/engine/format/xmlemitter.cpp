@@ -151,24 +151,23 @@ void XmlEmitter::StartElement(const char* name) {
     layout = LineBreak | Indentation;
 }
 
-void XmlEmitter::Attribute(const char* name, std::string_view utf8) {
+void XmlEmitter::OpenAttribute(const char* name) {
     if (!startTagOpen)
         QUARN_THROW(std::string("XML attribute \"") + name +
                     "\" comes after the content of its element.");
     out.push_back(' ');
     out.append(name);
     out.append("=\"");
+}
+
+void XmlEmitter::Attribute(const char* name, std::string_view utf8) {
+    OpenAttribute(name);
     AppendEscaped(out, utf8, InAttribute);
     out.push_back('"');
 }
 
 void XmlEmitter::Attribute(const char* name, std::wstring_view text) {
-    if (!startTagOpen)
-        QUARN_THROW(std::string("XML attribute \"") + name +
-                    "\" comes after the content of its element.");
-    out.push_back(' ');
-    out.append(name);
-    out.append("=\"");
+    OpenAttribute(name);
     AppendEscaped(out, text, InAttribute);
     out.push_back('"');
 }

@@ -50,6 +50,8 @@ public:
 
 private:
     void CloseStartTag();
+    // Writes ` name="`; raises when the element's content has begun.
+    void OpenAttribute(const char* name);
 
     std::string out;
     // The elements started and not yet ended, innermost last.

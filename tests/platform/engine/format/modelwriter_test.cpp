@@ -30,32 +30,15 @@
 #include "Velmar/Lattix/UnsignedData.h"
 #include "examplemodels.h"
 #include "modelcompare.h"
+#include "xmltestsupport.h"
 
 using namespace Velmar::Lattix;
 using modelformat_test::ExpectSameOperator;
 
+using xml_test::SameBytes;
+using xml_test::StringSink;
+
 namespace {
-
-// Equal bytes, or where they first differ (the documents are long).
-testing::AssertionResult SameBytes(const std::string& actual, const std::string& expected) {
-    if (actual == expected) return testing::AssertionSuccess();
-    std::size_t at = 0;
-    while (at < actual.size() && at < expected.size() && actual[at] == expected[at]) ++at;
-    auto around = [at](const std::string& text) {
-        auto from = at < 60 ? 0 : at - 60;
-        return testing::PrintToString(text.substr(from, 120));
-    };
-    return testing::AssertionFailure() << "sizes " << actual.size() << " and " << expected.size()
-                                       << ", first difference at byte " << at << ":\n  "
-                                       << around(actual) << "\nexpected\n  " << around(expected);
-}
-
-struct StringSink : pugi::xml_writer {
-    std::string text;
-    void write(const void* data, size_t size) override {
-        text.append(static_cast<const char*>(data), size);
-    }
-};
 
 // Whether the element at `offset` (of its name) in `bytes` was written with an end tag. The parser
 // keeps no empty text, so "<A></A>" reads like "<A />"; attribute values hold no raw quote.
