@@ -80,6 +80,8 @@ public:
         return nullptr;
     }
     bool Has(const char* name) const { return Get(name) != nullptr; }
+    // How many attributes the element has (at least that many when it has very many).
+    std::size_t Size() const { return overflow ? count + 1 : count; }
 
     pugi::xml_node node;
 
@@ -435,8 +437,7 @@ private:
             auto prototype = DataFactory::TryCreate(type);
             if (!prototype) Fail(node, L"unknown data type \"" + typeName + L"\".");
             bool isDouble = typeid(*prototype) == typeid(DoubleData);
-            known = dataTypes.emplace(typeText, KnownType{type, prototype, isDouble})
-                        .first;
+            known = dataTypes.emplace(typeText, KnownType{type, prototype, isDouble}).first;
         }
         lastType = known;
         const auto& [type, prototype, isDouble] = known->second;
@@ -476,9 +477,9 @@ private:
                 auto known = operatorTypes.find(key);
                 if (known == operatorTypes.end()) {
                     ObjectName type(nameSpace, name);
-                    known =
-                        operatorTypes.emplace(key, KnownOperator{type, LinkAccess::FindBuiltIn(type)})
-                            .first;
+                    known = operatorTypes
+                                .emplace(key, KnownOperator{type, LinkAccess::FindBuiltIn(type)})
+                                .first;
                 }
                 const auto& [type, builtIn] = known->second;
                 op = builtIn ? LinkAccess::Instantiate(builtIn) : OperatorFactory::TryCreate(type);
@@ -490,23 +491,9 @@ private:
         }
         auto model = std::dynamic_pointer_cast<Model>(op);
 
-        if (const char* a = element.Get(xml::DisplayName)) op->SetDisplayName(W(a));
-        if (const char* a = element.Get(xml::Icon)) op->SetIcon(W(a));
-        if (const char* a = element.Get(xml::DisplayCategory)) op->SetDisplayCategory(W(a));
-        if (const char* a = element.Get(xml::ColorCategory)) op->SetColorCategory(W(a));
-        if (element.Has(xml::UsableInExpression))
-            op->SetUsableInExpression(Flag(element, xml::UsableInExpression));
-        if (const char* a = element.Get(xml::Uri)) op->SetUri(W(a));
-        bool modelFlags = element.Has(xml::ProcessName) || element.Has(xml::Readonly) ||
-                          element.Has(xml::Locked) || element.Has(xml::PlainFormatForbidden);
-        if (modelFlags && !model) Fail(node, L"only models have a process name or editing flags.");
-        if (model) {
-            if (const char* processName = element.Get(xml::ProcessName))
-                model->SetProcessName(W(processName));
-            model->SetReadonly(Flag(element, xml::Readonly));
-            model->SetLocked(Flag(element, xml::Locked));
-            model->SetPlainFormatForbidden(Flag(element, xml::PlainFormatForbidden));
-        }
+        // Most operator elements hold only their id and name: then there is nothing more to ask.
+        if (model || element.Size() > (element.Has(xml::Id) ? 3u : 2u))
+            ReadOperatorAttributes(element, *op, model.get());
 
         auto childCount = static_cast<std::size_t>(std::distance(node.begin(), node.end()));
         IdTable ids(model ? childCount : 0);
@@ -564,6 +551,29 @@ private:
         for (const auto& [port, types] : modelPortTypes)
             if (port->GetDeclaredSupportedTypes() != types) port->SetSupportedTypes(types);
         return op;
+    }
+
+    // The attributes of an operator element beyond its id and name. A model (and only a model)
+    // takes its flags from the file, absent ones as false.
+    void ReadOperatorAttributes(const Element& element, Operator& op, Model* model) const {
+        if (const char* a = element.Get(xml::DisplayName)) op.SetDisplayName(W(a));
+        if (const char* a = element.Get(xml::Icon)) op.SetIcon(W(a));
+        if (const char* a = element.Get(xml::DisplayCategory)) op.SetDisplayCategory(W(a));
+        if (const char* a = element.Get(xml::ColorCategory)) op.SetColorCategory(W(a));
+        if (element.Has(xml::UsableInExpression))
+            op.SetUsableInExpression(Flag(element, xml::UsableInExpression));
+        if (const char* a = element.Get(xml::Uri)) op.SetUri(W(a));
+        bool modelFlags = element.Has(xml::ProcessName) || element.Has(xml::Readonly) ||
+                          element.Has(xml::Locked) || element.Has(xml::PlainFormatForbidden);
+        if (modelFlags && !model)
+            Fail(element.node, L"only models have a process name or editing flags.");
+        if (model) {
+            if (const char* processName = element.Get(xml::ProcessName))
+                model->SetProcessName(W(processName));
+            model->SetReadonly(Flag(element, xml::Readonly));
+            model->SetLocked(Flag(element, xml::Locked));
+            model->SetPlainFormatForbidden(Flag(element, xml::PlainFormatForbidden));
+        }
     }
 
     // Runs an engine call, turning its error into one that names the element.
@@ -703,7 +713,8 @@ private:
         auto owner = std::dynamic_pointer_cast<LattixBasic::ConditionalProcess>(
             Lookup(element, xml::Owner, ids));
         if (!owner)
-            Fail(element.node, L"the owner of a body, test or branch must be a conditional operator.");
+            Fail(element.node,
+                 L"the owner of a body, test or branch must be a conditional operator.");
         return owner;
     }
 
