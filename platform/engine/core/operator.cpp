@@ -311,9 +311,9 @@ std::vector<std::shared_ptr<Port>> Operator::GetOutputPorts() const {
 
 namespace {
 
-// Attribute names as 8-bit keys: each character in the UTF-8 byte scheme, extended to every value
-// a wchar_t may hold (no validation, so every name maps to its own key and back). Byte order of
-// the keys is the order of the names.
+// Attribute names as 8-bit keys: each character in the UTF-8 byte scheme, extended to all 32 bits
+// of a wchar_t (no validation, so every name maps to its own key and back). For names of valid
+// Unicode the key is their UTF-8, and byte order of the keys is the order of the names.
 std::string AttributeKey(const std::wstring& name) {
     std::string key;
     key.reserve(name.size());
@@ -323,13 +323,15 @@ std::string AttributeKey(const std::wstring& name) {
             key += static_cast<char>(code);
             continue;
         }
-        int extra = code < 0x800       ? 1
-                    : code < 0x10000   ? 2
-                    : code < 0x200000  ? 3
-                    : code < 0x4000000 ? 4
-                                       : 5;
-        static const unsigned char lead[] = {0, 0xC0, 0xE0, 0xF0, 0xF8, 0xFC};
-        key += static_cast<char>(lead[extra] | (code >> (6 * extra)));
+        int extra = code < 0x800        ? 1
+                    : code < 0x10000    ? 2
+                    : code < 0x200000   ? 3
+                    : code < 0x4000000  ? 4
+                    : code < 0x80000000 ? 5
+                                        : 6;
+        static const unsigned char lead[] = {0, 0xC0, 0xE0, 0xF0, 0xF8, 0xFC, 0xFE};
+        // Six continuation bytes hold all 32 bits: the lead of that form carries none.
+        key += static_cast<char>(lead[extra] | (extra < 6 ? code >> (6 * extra) : 0));
         for (int i = extra - 1; i >= 0; --i)
             key += static_cast<char>(0x80 | ((code >> (6 * i)) & 0x3F));
     }
@@ -345,7 +347,12 @@ std::wstring AttributeName(const std::string& key) {
             name += static_cast<wchar_t>(byte);
             continue;
         }
-        int extra = byte >= 0xFC ? 5 : byte >= 0xF8 ? 4 : byte >= 0xF0 ? 3 : byte >= 0xE0 ? 2 : 1;
+        int extra = byte >= 0xFE   ? 6
+                    : byte >= 0xFC ? 5
+                    : byte >= 0xF8 ? 4
+                    : byte >= 0xF0 ? 3
+                    : byte >= 0xE0 ? 2
+                                   : 1;
         std::uint32_t code = byte & (0x3F >> extra);
         for (int k = 0; k < extra && i < key.size(); ++k)
             code = (code << 6) | (static_cast<unsigned char>(key[i++]) & 0x3F);

@@ -2,6 +2,7 @@
 // their text between copies: editing one operator or one name must never show through another.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -248,21 +249,24 @@ TEST(SharedDefinition, DefaultsAreReadOnceAndCopiedToEachPort) {
 }
 
 TEST(OperatorAttributes, AnyNameIsKeptExactlyAndInOrder) {
-    const std::vector<std::wstring> names = {L"PositionX",
-                                             L"PositionY",
-                                             L"A",
-                                             L"a",
-                                             L"Z9",
-                                             L"Höhe",
-                                             L"名前",
-                                             L"\U0001F600",
-                                             L"x\u0080",
-                                             L"\u07FF\u0800\uFFFF",
-                                             L"tab\there",
-                                             std::wstring(L"nul\0in", 6),
-                                             std::wstring(300, L'w'),
-                                             std::wstring(1, static_cast<wchar_t>(0xD800)),
-                                             std::wstring(1, static_cast<wchar_t>(0x7FFFFFFF))};
+    const std::vector<std::wstring> names = {
+        L"PositionX",
+        L"PositionY",
+        L"A",
+        L"a",
+        L"Z9",
+        L"Höhe",
+        L"名前",
+        L"\U0001F600",
+        L"x\u0080",
+        L"\u07FF\u0800\uFFFF",
+        L"tab\there",
+        std::wstring(L"nul\0in", 6),
+        std::wstring(300, L'w'),
+        std::wstring(1, static_cast<wchar_t>(0xD800)),
+        std::wstring(1, static_cast<wchar_t>(0x7FFFFFFF)),
+        std::wstring(1, static_cast<wchar_t>(-5)),
+        std::wstring(L"a") + static_cast<wchar_t>(-2147483647 - 1)};
     auto op = OperatorFactory::Create(L"TAMARIN", L"Add");
     std::map<std::wstring, double> expected;
     for (std::size_t i = 0; i < names.size(); ++i) {
@@ -292,9 +296,11 @@ TEST(OperatorAttributes, AnyNameIsKeptExactlyAndInOrder) {
     ASSERT_EQ(reopened->GetOperators().size(), 1u);
     auto back = reopened->GetOperators().front()->GetAttributeMap();
     for (const auto& name : names) {
-        auto code = static_cast<std::uint32_t>(name.front());
-        bool valid = code < 0xD800 || (code > 0xDFFF && code <= 0x10FFFF);
-        if (!valid || name.find(L'\0') != std::wstring::npos) continue;
+        bool valid = std::all_of(name.begin(), name.end(), [](wchar_t c) {
+            auto code = static_cast<std::uint32_t>(c);
+            return code != 0 && (code < 0xD800 || (code > 0xDFFF && code <= 0x10FFFF));
+        });
+        if (!valid) continue;
         EXPECT_TRUE(back.count(name)) << qtxt::narrow(name);
     }
 
