@@ -1,16 +1,16 @@
-// The canvas metrics. Without a font engine in the core, text is measured by a fixed character
-// width; views draw within these boxes, so hit testing and layout agree with what is shown.
-// docs/canvas.md lists the numbers.
+// The canvas metrics. Texts are measured by the installed TextMetrics (the backend's fonts, or the
+// headless fixed character widths); views draw within these boxes, so hit testing and layout agree
+// with what is shown. docs/canvas.md lists the numbers.
 
 #include <algorithm>
 
+#include "ZML/TextMetrics.h"
 #include "canvas/flowgraphdata.h"
 
 namespace ZML {
 
 namespace {
 
-constexpr int kCharWidth = 7;
 constexpr int kHeaderHeight = 24;
 constexpr int kRowHeight = 18;
 constexpr int kPadding = 8;
@@ -19,8 +19,17 @@ constexpr int kMinWidth = 80;
 constexpr int kColumnGap = 16;  // between input and output captions
 constexpr int kMinSlotWidth = 24;
 
-int TextWidth(const std::wstring& text) {
-    return kCharWidth * static_cast<int>(text.size());
+int CaptionTextWidth(const std::wstring& text) {
+    return TextMetrics::Current().Measure(CanvasText::Caption, CanvasCaptionFont(), text).width;
+}
+
+int PointTextWidth(const TextMetrics& metrics, const flowGraphPointData& point) {
+    if (point.caption.empty()) {
+        return 0;
+    }
+    return metrics
+        .Measure(CanvasText::PointCaption, CanvasPointCaptionFont(point.italics), point.caption)
+        .width;
 }
 
 struct PointCounts {
@@ -32,14 +41,15 @@ struct PointCounts {
 
 PointCounts CountPoints(const flowGraphNodeData& node) {
     PointCounts counts;
+    const auto& metrics = TextMetrics::Current();
     for (const auto& point : node.points) {
         const auto& record = FlowGraphAccess::Point(*point);
         if (record.input) {
             ++counts.inputs;
-            counts.widestInput = std::max(counts.widestInput, TextWidth(record.caption));
+            counts.widestInput = std::max(counts.widestInput, PointTextWidth(metrics, record));
         } else {
             ++counts.outputs;
-            counts.widestOutput = std::max(counts.widestOutput, TextWidth(record.caption));
+            counts.widestOutput = std::max(counts.widestOutput, PointTextWidth(metrics, record));
         }
     }
     return counts;
@@ -51,7 +61,7 @@ bool Horizontal(int orientation) {
 }
 
 int CaptionWidth(const flowGraphNodeData& node) {
-    return 2 * kPadding + (node.icon.empty() ? 0 : kIconSpace) + TextWidth(node.caption);
+    return 2 * kPadding + (node.icon.empty() ? 0 : kIconSpace) + CaptionTextWidth(node.caption);
 }
 
 int SlotWidth(const PointCounts& counts) {
@@ -59,21 +69,10 @@ int SlotWidth(const PointCounts& counts) {
 }
 
 FlowGraphRect TextBounds(const flowGraphNodeData& node) {
-    // Characters are about half as wide as the text is high.
-    const int charWidth = std::max(1, (node.font.size + 1) / 2);
-    int lines = 1;
-    std::size_t longest = 0;
-    std::size_t current = 0;
-    for (wchar_t c : node.caption) {
-        if (c == L'\n') {
-            ++lines;
-            current = 0;
-        } else {
-            longest = std::max(longest, ++current);
-        }
-    }
-    const int width = std::max(10, charWidth * static_cast<int>(longest)) + kPadding;
-    const int height = lines * (node.font.size + 4) + 4;
+    const auto size =
+        TextMetrics::Current().Measure(CanvasText::Annotation, node.font, node.caption);
+    const int width = std::max(10, size.width) + kPadding;
+    const int height = size.height + 4;
     return {node.location.x, node.location.y, width, height};
 }
 
