@@ -149,8 +149,13 @@ bool Number::UserStep(int steps) {
     if (!IsEffectivelyEnabled() || steps == 0) {
         return false;
     }
-    double base = numberRecord->blank ? 0 : numberRecord->value;
-    SetValue(base + steps * numberRecord->step);
+    const bool wasBlank = numberRecord->blank;
+    const double before = wasBlank ? 0 : numberRecord->value;
+    SetValue(before + steps * numberRecord->step);
+    // A step against a limit moves nothing, and nothing changed is not announced.
+    if (!wasBlank && numberRecord->value == before) {
+        return false;
+    }
     auto self = weak_from_this().lock();
     Event changed;
     changed.text = Text();

@@ -35,6 +35,7 @@
 #include "ZML/TreeView.h"
 #include "ZMLQt/CanvasView.h"
 #include "guard.h"
+#include "numberspinbox.h"
 #include "qtcolor.h"
 #include "treewidget.h"
 
@@ -215,21 +216,7 @@ QWidget* MakeWidget(const std::shared_ptr<Part>& part, QWidget* parent, QWidget*
         return MakeEditText(edit, parent);
     }
     if (auto number = std::dynamic_pointer_cast<Number>(part)) {
-        auto* widget = new QLineEdit(parent);
-        std::weak_ptr<Number> weak = number;
-        QObject::connect(widget, &QLineEdit::editingFinished, [weak, widget] {
-            auto held = Live(weak);
-            if (!held || ToWide(widget->text()) == held->Text()) {
-                return;
-            }
-            Guarded("ZML::Qt6::Number entry", [&] {
-                if (!held->UserEnter(ToWide(widget->text()))) {
-                    // Refused: the field shows the value the part kept.
-                    widget->setText(ToQString(held->Text()));
-                }
-            });
-        });
-        return widget;
+        return new NumberSpinBox(std::weak_ptr<Number>(number), parent);
     }
     if (auto popup = std::dynamic_pointer_cast<PopupList>(part)) {
         auto* widget = new QComboBox(parent);
@@ -432,7 +419,7 @@ void WidgetPeer::RefreshContent(Part& changed) {
             plain->setReadOnly(edit->IsReadOnly());
         }
     } else if (auto* number = dynamic_cast<Number*>(&changed)) {
-        static_cast<QLineEdit*>(w)->setText(ToQString(number->Text()));
+        static_cast<NumberSpinBox*>(w)->ShowText(ToQString(number->Text()));
     } else if (auto* popup = dynamic_cast<PopupList*>(&changed)) {
         auto* combo = static_cast<QComboBox*>(w);
         QStringList items;

@@ -32,7 +32,10 @@ public:
     void LimitsSet(double min, double max);
     double Min() const;
     double Max() const;
-    // Must be positive.
+    // How far one press of a spin arrow moves the value; must be positive. The default is 1 for
+    // whole and real fields alike: the shown precision says how exactly a value is written, not
+    // how coarsely a user wants to move it, and a step of one unit in the last digit would make
+    // the arrows useless on a field showing six decimals.
     void StepSet(double step);
     double Step() const;
     // "W.P": a field W characters wide showing P digits after the point ("10.6", "10.0", "8.2").
@@ -46,7 +49,9 @@ public:
     // must be a number (whole when required) within the limits. On success "valuechanged"
     // fires and true is returned; otherwise the value is kept and false is returned.
     bool UserEnter(const std::wstring& text);
-    // A user pressing a spin arrow: one step up (steps > 0) or down, clamped to the limits.
+    // A user pressing a spin arrow `steps` times: up (steps > 0) or down by the step, clamped to
+    // the limits; a blank field counts from 0. "valuechanged" fires and true is returned when the
+    // value moved (or the field stops being blank); a step held back by a limit returns false.
     bool UserStep(int steps);
 
 private:

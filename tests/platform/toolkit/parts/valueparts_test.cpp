@@ -3,6 +3,8 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "QuarnLog/Exception.h"
 #include "ZML/EditText.h"
@@ -42,6 +44,45 @@ TEST(NumberPart, UserEntryFollowsLimitsAndProperties) {
         EXPECT_EQ(number->UserEnter(c.text), c.accepted) << "entry '" << c.text << "'";
         EXPECT_EQ(number->Text(), c.shown) << "entry '" << c.text << "'";
         EXPECT_EQ(changes, c.accepted ? 1 : 0);
+    }
+}
+
+TEST(NumberPart, StepsMoveByTheStepWithinTheLimitsAndAnnounceOnlyMoves) {
+    struct Case {
+        const char* name;
+        double step;  // 0: the default
+        bool blank;
+        double start;
+        int steps;
+        bool moved;
+        const wchar_t* shown;
+    };
+    const Case cases[] = {
+        {"default step up", 0, false, 7, 1, true, L"8.00"},
+        {"default step down twice", 0, false, 7, -2, true, L"5.00"},
+        {"real step", 0.25, false, 7, 3, true, L"7.75"},
+        {"clamped at the top", 0, false, 9.5, 1, true, L"10.00"},
+        {"held at the top", 0, false, 10, 1, false, L"10.00"},
+        {"held at the bottom", 2, false, -5, -1, false, L"-5.00"},
+        {"blank counts from zero", 0, true, 0, -1, true, L"-1.00"},
+        {"no steps", 0, false, 7, 0, false, L"7.00"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        auto number = std::make_shared<Number>("n");
+        number->LimitsSet(-5, 10);
+        number->FormatSet("8.2");
+        EXPECT_EQ(number->Step(), 1) << "the default step";
+        if (c.step > 0) number->StepSet(c.step);
+        number->SetValue(c.start);
+        if (c.blank) number->SetBlank();
+        std::vector<std::wstring> announced;
+        number->OnMessage("valuechanged",
+                          [&announced](const Event& e) { announced.push_back(e.text); });
+        EXPECT_EQ(number->UserStep(c.steps), c.moved);
+        EXPECT_EQ(number->Text(), c.shown);
+        EXPECT_EQ(announced,
+                  c.moved ? std::vector<std::wstring>{c.shown} : std::vector<std::wstring>{});
     }
 }
 

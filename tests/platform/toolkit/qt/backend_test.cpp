@@ -1,3 +1,4 @@
+#include <QAbstractSpinBox>
 #include <QComboBox>
 #include <QDesktopServices>
 #include <QDialog>
@@ -114,7 +115,7 @@ TEST_F(BackendTest, EveryPartBecomesAWidgetOfItsKindWhereThePartSays) {
     const std::vector<Case> cases{
         {"caption", [](QWidget* w) { return qobject_cast<QLabel*>(w) != nullptr; }},
         {"name", [](QWidget* w) { return qobject_cast<QLineEdit*>(w) != nullptr; }},
-        {"count", [](QWidget* w) { return qobject_cast<QLineEdit*>(w) != nullptr; }},
+        {"count", [](QWidget* w) { return qobject_cast<QAbstractSpinBox*>(w) != nullptr; }},
         {"choice", [](QWidget* w) { return qobject_cast<QComboBox*>(w) != nullptr; }},
         {"rows", [](QWidget* w) { return qobject_cast<QListWidget*>(w) != nullptr; }},
         {"canvas", [](QWidget* w) { return qobject_cast<ZML::Qt6::CanvasView*>(w) != nullptr; }},
@@ -156,7 +157,7 @@ TEST_F(BackendTest, PartChangesReachTheWidgets) {
     EXPECT_EQ(window->findChild<QPushButton*>("ok_button")->toolTip(), "Keeps the settings");
     EXPECT_EQ(window->findChild<QLineEdit*>("name")->text(), "Ada");
     EXPECT_EQ(window->findChild<QComboBox*>("choice")->currentIndex(), 2);
-    EXPECT_EQ(window->findChild<QLineEdit*>("count")->text(),
+    EXPECT_EQ(window->findChild<QAbstractSpinBox*>("count")->text(),
               QString::fromStdWString(number->Text()));
 }
 
@@ -179,12 +180,13 @@ TEST_F(BackendTest, UserInputReachesTheParts) {
         const char* typed;
         double expected;
     };
-    auto* field = window->findChild<QLineEdit*>("count");
+    auto* field = window->findChild<QAbstractSpinBox*>("count");
     for (const Entry& entry :
          {Entry{"12", 12}, Entry{"5000", 12}, Entry{"abc", 12}, Entry{"7", 7}}) {
         SCOPED_TRACE(entry.typed);
-        field->setText(entry.typed);
-        emit field->editingFinished();
+        field->selectAll();
+        QTest::keyClicks(field, entry.typed);
+        QTest::keyClick(field, Qt::Key_Return);
         EXPECT_EQ(number->Value(), entry.expected);
         EXPECT_EQ(field->text(), QString::fromStdWString(number->Text()))
             << "refused entries revert";
