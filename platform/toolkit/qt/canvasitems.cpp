@@ -6,6 +6,8 @@
 #include <cmath>
 
 #include "ZML/FlowGraphConnectionPointEx.h"
+#include "ZML/TextMetrics.h"
+#include "ZMLQt/CanvasFont.h"
 #include "qtcolor.h"
 
 namespace ZML::Qt6 {
@@ -61,26 +63,15 @@ QString StateLetter(int state) {
     }
 }
 
+// The fonts the canvas's geometry measured its captions in (TextMetrics), so that they fit.
 const QFont& CaptionFont() {
-    static const QFont font = [] {
-        QFont f;
-        f.setPixelSize(12);
-        return f;
-    }();
+    static const QFont font = CanvasQFont(CanvasCaptionFont());
     return font;
 }
 
 const QFont& PointFont(bool italics) {
-    static const QFont plain = [] {
-        QFont f;
-        f.setPixelSize(11);
-        return f;
-    }();
-    static const QFont italic = [] {
-        QFont f = plain;
-        f.setItalic(true);
-        return f;
-    }();
+    static const QFont plain = CanvasQFont(CanvasPointCaptionFont(false));
+    static const QFont italic = CanvasQFont(CanvasPointCaptionFont(true));
     return italics ? italic : plain;
 }
 
@@ -149,12 +140,7 @@ void NodeItem::Sync() {
         range > 0 ? std::clamp((node->GetProgress() - node->GetProgressMinimum()) / range, 0.0, 1.0)
                   : 0.0;
     if (textOnly) {
-        const auto& font = node->GetTextFont();
-        textFont = QFont(ToQString(font.name));
-        textFont.setPixelSize(std::max(1, font.size));
-        textFont.setBold(font.bold);
-        textFont.setItalic(font.italics);
-        textFont.setUnderline(font.underline);
+        textFont = CanvasQFont(node->GetTextFont());
         textColor = ColorFromWord(selected ? node->GetSelectedTextColor() : node->GetTextColor());
     }
     points.clear();
@@ -255,15 +241,18 @@ void NodeItem::PaintBox(QPainter* painter, bool detailed) {
         QRectF area;
         ::Qt::Alignment align = ::Qt::AlignVCenter;
         if (horizontal) {
+            // The box is as wide as the widest caption of each side and a gap between them, so
+            // each side may use the whole width inside the padding without meeting the other.
             const bool onLeft = point.at.x() <= 0.5;
-            area = onLeft ? QRectF(kPadding, point.at.y() - kRowHeight / 2,
-                                   box.width() / 2 - kPadding, kRowHeight)
-                          : QRectF(box.width() / 2, point.at.y() - kRowHeight / 2,
-                                   box.width() / 2 - kPadding, kRowHeight);
+            area = QRectF(kPadding, point.at.y() - kRowHeight / 2, box.width() - 2 * kPadding,
+                          kRowHeight);
             align |= onLeft ? ::Qt::AlignLeft : ::Qt::AlignRight;
         } else {
+            // Centred on its point, a caption stays within the point's slot, which the geometry
+            // made wider than the widest caption.
             const bool onTop = point.at.y() <= 0.5;
-            area = QRectF(point.at.x() - 40, onTop ? 0 : box.height() - kRowHeight, 80, kRowHeight);
+            area = QRectF(point.at.x() - box.width() / 2, onTop ? 0 : box.height() - kRowHeight,
+                          box.width(), kRowHeight);
             align |= ::Qt::AlignHCenter;
         }
         painter->drawText(area, align, point.caption);

@@ -13,6 +13,7 @@
 #include "ZML/Frame.h"
 #include "ZMLQt/QtClipboardBackend.h"
 #include "qtcolor.h"
+#include "qttextmetrics.h"
 #include "qtxt/Text.h"
 #include "quarn/os/Clipboard.h"
 #include "widgetpeer.h"
@@ -165,9 +166,11 @@ void QtBackend::OpenDocument(const std::wstring& target) {
 void InstallBackend(QApplication&) {
     Backend::Install(std::make_shared<QtBackend>());
     quarn::os::SetClipboardBackend(std::make_shared<QtClipboardBackend>());
+    TextMetrics::Install(std::make_shared<QtTextMetrics>());
 }
 
 void UninstallBackend() {
+    TextMetrics::Install(nullptr);
     Backend::Install(nullptr);
     quarn::os::SetClipboardBackend(nullptr);
 }

@@ -1,3 +1,4 @@
+#include <QFontMetricsF>
 #include <QGraphicsItem>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -8,7 +9,10 @@
 #include <functional>
 #include <set>
 
+#include "ZML/TextMetrics.h"
+#include "ZMLQt/CanvasFont.h"
 #include "ZMLQt/CanvasView.h"
+#include "ZMLQt/QtBackend.h"
 #include "qttestkit.h"
 
 using namespace qttest;
@@ -267,4 +271,91 @@ TEST_F(CanvasViewTest, ToolTipsWaitForTheCanvasDelay) {
     EXPECT_TRUE(QToolTip::isVisible());
     EXPECT_EQ(QToolTip::text(), "Adds two rasters");
     QToolTip::hideText();
+}
+
+namespace {
+
+// The Qt backend, and with it the measurer of canvas texts, for one test.
+class BackendInstalled {
+public:
+    BackendInstalled() { ZML::Qt6::InstallBackend(*qApp); }
+    ~BackendInstalled() { ZML::Qt6::UninstallBackend(); }
+    BackendInstalled(const BackendInstalled&) = delete;
+    BackendInstalled& operator=(const BackendInstalled&) = delete;
+};
+
+// The node's rectangle in scene coordinates, as the canvas has it.
+QRectF SceneBox(const FlowGraphNodeEx& node) {
+    const auto bounds = node.GetBounds();
+    return QRectF(bounds.x, bounds.y, bounds.width, bounds.height);
+}
+
+}  // namespace
+
+TEST(CanvasViewText, BoxesFitTheTextsTheViewDrawsInThem) {
+    BackendInstalled backend;
+    auto canvas = std::make_shared<FlowGraphPart>("canvas");
+    auto note = std::make_shared<Node>();
+    note->SetTextOnly(true);
+    note->SetTextFont(L"", 28, true, false, false);
+    const QString noteText = "WIDE BOLD ANNOTATION OVER THE MODEL\nand a second line, MMMMWWWW";
+    note->SetCaption(noteText.toStdWString());
+    note->SetLocation(20, 20);
+    canvas->AddNode(note);
+    const QString caption = "WWWWWWWWWW MMMMMMMMMM WWWWWWWWWW";
+    auto box = AddNode(*canvas, caption.toStdWString(), 40, 200);
+    PointOf(box, true)->SetCaption(L"WIDE INPUT CAPTION WWW");
+    PointOf(box, false)->SetCaption(L"OUTPUT MMMM");
+
+    CanvasView view(canvas);
+    view.resize(1200, 600);
+    view.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+
+    // The annotation is drawn from 4 units in and 2 down, left and top aligned, in its own font.
+    const QGraphicsItem* noteItem = view.ItemFor(note);
+    ASSERT_NE(noteItem, nullptr);
+    const QRectF noteBox = SceneBox(*note);
+    EXPECT_EQ(noteItem->mapRectToScene(QRectF(0, 0, noteBox.width(), noteBox.height())), noteBox);
+    const QRectF noteDrawn = noteItem->mapRectToScene(
+        QFontMetricsF(ZML::Qt6::CanvasQFont(note->GetTextFont()))
+            .boundingRect(QRectF(4, 2, noteBox.width() - 4, noteBox.height() - 2),
+                          Qt::AlignLeft | Qt::AlignTop, noteText));
+    EXPECT_TRUE(noteBox.contains(noteDrawn))
+        << "text " << noteDrawn.width() << " x " << noteDrawn.height() << " at " << noteDrawn.x()
+        << ", " << noteDrawn.y() << "; box " << noteBox.width() << " x " << noteBox.height();
+    EXPECT_GT(noteDrawn.width(), 0.8 * (noteBox.width() - 8)) << "the box is not far too wide";
+
+    // The caption is drawn in the header, 8 units in, vertically centred in 24 units.
+    const QGraphicsItem* boxItem = view.ItemFor(box);
+    ASSERT_NE(boxItem, nullptr);
+    const QRectF nodeBox = SceneBox(*box);
+    const QFontMetricsF captionMetrics(ZML::Qt6::CanvasQFont(ZML::CanvasCaptionFont()));
+    const QRectF captionDrawn = boxItem->mapRectToScene(captionMetrics.boundingRect(
+        QRectF(8, 0, nodeBox.width() - 8, 24), Qt::AlignLeft | Qt::AlignVCenter, caption));
+    EXPECT_TRUE(nodeBox.contains(captionDrawn))
+        << "caption " << captionDrawn.width() << " wide; box " << nodeBox.width();
+
+    // Point captions: inputs from the left padding, outputs up to the right one, never meeting.
+    const QFontMetricsF pointMetrics(ZML::Qt6::CanvasQFont(ZML::CanvasPointCaptionFont(false)));
+    const QRectF row(8, 24, nodeBox.width() - 16, 18);
+    const QRectF inDrawn = boxItem->mapRectToScene(
+        pointMetrics.boundingRect(row, Qt::AlignLeft | Qt::AlignVCenter, "WIDE INPUT CAPTION WWW"));
+    const QRectF outDrawn = boxItem->mapRectToScene(
+        pointMetrics.boundingRect(row, Qt::AlignRight | Qt::AlignVCenter, "OUTPUT MMMM"));
+    EXPECT_TRUE(nodeBox.contains(inDrawn));
+    EXPECT_TRUE(nodeBox.contains(outDrawn));
+    EXPECT_LT(inDrawn.right(), outDrawn.left());
+}
+
+TEST(CanvasViewText, WithoutTheBackendTheHeadlessWidthsStay) {
+    auto canvas = std::make_shared<FlowGraphPart>("canvas");
+    auto box = AddNode(*canvas, L"WWWWWWWWWW MMMMMMMMMM WWWWWWWWWW", 0, 0);
+    const int headless = box->GetBounds().width;
+    EXPECT_EQ(headless, 16 + 7 * 32);
+    {
+        BackendInstalled backend;
+        EXPECT_GT(box->GetBounds().width, headless) << "capitals are wider than 7 pixels at 12";
+    }
+    EXPECT_EQ(box->GetBounds().width, headless);
 }

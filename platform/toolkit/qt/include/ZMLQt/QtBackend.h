@@ -37,10 +37,12 @@ private:
     std::shared_ptr<qtBackendData> qtBackendRecord;
 };
 
-// Installs a QtBackend as the toolkit's backend and the desktop clipboard as the process's
-// clipboard. `application` must outlive the use of both; call UninstallBackend before it goes.
+// Installs a QtBackend as the toolkit's backend, the desktop clipboard as the process's
+// clipboard, and a measurer of canvas texts by the fonts the canvas view draws with (node boxes
+// then fit their texts). `application` must outlive the use of all three; call UninstallBackend
+// before it goes.
 void InstallBackend(QApplication& application);
-// Restores the headless backend and clipboard.
+// Restores the headless backend, clipboard and text measurer.
 void UninstallBackend();
 
 // The widget that shows `part`, realising the part (and its parents' widgets are not needed: a
