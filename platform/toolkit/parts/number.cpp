@@ -151,7 +151,10 @@ bool Number::UserStep(int steps) {
     }
     const bool wasBlank = numberRecord->blank;
     const double before = wasBlank ? 0 : numberRecord->value;
-    SetValue(before + steps * numberRecord->step);
+    // A whole-number field moves by whole steps: a fraction would be rounded away again.
+    double step = numberRecord->step;
+    if (Properties().IsYes(L"WholeNumber")) step = std::max(1.0, std::round(step));
+    SetValue(before + steps * step);
     // A step against a limit moves nothing, and nothing changed is not announced.
     if (!wasBlank && numberRecord->value == before) {
         return false;

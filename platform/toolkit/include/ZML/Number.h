@@ -50,7 +50,8 @@ public:
     // fires and true is returned; otherwise the value is kept and false is returned.
     bool UserEnter(const std::wstring& text);
     // A user pressing a spin arrow `steps` times: up (steps > 0) or down by the step, clamped to
-    // the limits; a blank field counts from 0. "valuechanged" fires and true is returned when the
+    // the limits (a whole-number field by the step rounded to a whole number, at least 1); a blank
+    // field counts from 0. "valuechanged" fires and true is returned when the
     // value moved (or the field stops being blank); a step held back by a limit returns false.
     bool UserStep(int steps);
 

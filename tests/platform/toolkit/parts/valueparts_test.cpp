@@ -86,6 +86,26 @@ TEST(NumberPart, StepsMoveByTheStepWithinTheLimitsAndAnnounceOnlyMoves) {
     }
 }
 
+TEST(NumberPart, WholeNumberFieldsStepByWholeSteps) {
+    struct Case {
+        double step;
+        int steps;
+        const wchar_t* shown;
+    };
+    for (const auto& c : {Case{0.5, 1, L"4"}, Case{0.5, -1, L"2"}, Case{0.25, -3, L"0"},
+                          Case{2.4, 1, L"5"}, Case{2.6, -1, L"0"}}) {
+        SCOPED_TRACE(c.step);
+        auto number = std::make_shared<Number>("n");
+        number->Properties().Set(L"WholeNumber", L"Yes");
+        number->LimitsSet(-10, 10);
+        number->FormatSet("4.0");
+        number->StepSet(c.step);
+        number->SetValue(3);
+        EXPECT_TRUE(number->UserStep(c.steps));
+        EXPECT_EQ(number->Text(), c.shown);
+    }
+}
+
 TEST(NumberPart, InfoUpdatesAndFormatThroughTheFreeFunctions) {
     auto number = std::make_shared<Number>("n");
     std::shared_ptr<Part> part = number;
