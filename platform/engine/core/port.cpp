@@ -1,6 +1,7 @@
 #include "Velmar/Lattix/Port.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "QuarnLog/Exception.h"
 #include "Velmar/Lattix/BoolData.h"
@@ -67,7 +68,9 @@ Port::Port(std::wstring name, PortDirection direction) : portData(std::make_shar
     portData->direction = direction;
 }
 
-Port::Port(std::shared_ptr<portRecord> record) : portData(std::move(record)) {}
+Port::Port(std::shared_ptr<portRecord> record) : portData(std::move(record)) {
+    assert(portData && portData->shape);
+}
 
 Port::~Port() = default;
 
