@@ -69,7 +69,9 @@ Port::Port(std::wstring name, PortDirection direction) : portData(std::make_shar
 }
 
 Port::Port(std::shared_ptr<portRecord> record) : portData(std::move(record)) {
-    assert(portData && portData->shape);
+    // The record may still be under construction here (a declared port makes the two in one
+    // block); its maker sets the shape before the port is used.
+    assert(portData);
 }
 
 Port::~Port() = default;

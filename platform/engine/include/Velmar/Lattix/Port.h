@@ -31,8 +31,8 @@ public:
     static std::shared_ptr<Port> Create(const std::wstring& name, PortDirection direction);
     // Use Create or the operator's port calls; a port must be held by a shared pointer.
     Port(std::wstring name, PortDirection direction);
-    // For the engine: a port over a record it has made, with its shape set (the record type is
-    // not public).
+    // For the engine: a port over a record it has made, which must get its shape before the port
+    // is used (the record type is not public).
     explicit Port(std::shared_ptr<portRecord> record);
     ~Port();
     Port(const Port&) = delete;
