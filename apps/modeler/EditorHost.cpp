@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "LoopPoints.h"
 #include "QuarnLog/ErrorContext.h"
 #include "QuarnLog/Exception.h"
 #include "Velmar/Lattix/DictionaryData.h"
@@ -59,6 +60,15 @@ std::shared_ptr<Velmar::Lattix::Data> Whole(int value) {
 
 void Notify(const EditorHostRecord& data) {
     if (data.stateChanged) data.stateChanged();
+}
+
+// Every drawing of the model goes through here, so that loops always show their Body and Test
+// points. A freshly opened model is fitted to the view once those points have sized its nodes.
+void Draw(const std::shared_ptr<ZML::FlowGraphPart>& canvas, const std::shared_ptr<Model>& model,
+          bool first) {
+    mg::DrawGraph::DrawProcess(canvas, model, nullptr, false, false, false);
+    LoopPoints::Add(canvas, model);
+    if (first) canvas->ZoomToFit();
 }
 
 }  // namespace
@@ -153,7 +163,7 @@ void EditorHost::NewModel() {
     GetMessageManager()->ClearMessages();
     editorHostData->gestureErrors.clear();
     SwapIn(*this, *editorHostData, model);
-    mg::DrawGraph::DrawProcess(GetFlowGraphPart(), model, nullptr, true, false, false);
+    Draw(GetFlowGraphPart(), model, true);
     GetUndoRedoManager()->SetBaseline(model);
     editorHostData->path.clear();
     editorHostData->modified = false;
@@ -166,7 +176,7 @@ void EditorHost::OpenModelFile(const std::wstring& path) {
     GetMessageManager()->ClearMessages();
     editorHostData->gestureErrors.clear();
     SwapIn(*this, *editorHostData, model);
-    mg::DrawGraph::DrawProcess(GetFlowGraphPart(), model, nullptr, true, false, false);
+    Draw(GetFlowGraphPart(), model, true);
     GetUndoRedoManager()->SetBaseline(model);
     editorHostData->path = path;
     editorHostData->modified = false;
@@ -305,8 +315,7 @@ void EditorHost::ChangeCompleted(bool batch, bool changed) {
 }
 
 void EditorHost::RedrawModel() {
-    mg::DrawGraph::DrawProcess(GetFlowGraphPart(), editorHostData->model, nullptr, false, false,
-                               false);
+    Draw(GetFlowGraphPart(), editorHostData->model, false);
 }
 
 void EditorHost::PortValuesChanged() {

@@ -23,6 +23,8 @@ struct EditorHostRecord;
 // a drawn connection goes to AddConnection, a removed one to RemoveConnection, a moved node to
 // UpdateOperatorInfo and a deleted node out of the model. An engine error inside a gesture is
 // logged under the gesture's name and reported to the message list, and the model is redrawn.
+// Every drawing of the model gives its loops their Body and Test points (see LoopPoints), so the
+// body and test of a loop are shown and edited on the canvas like any other link.
 //
 // User-interface thread only.
 class EditorHost : public quarn::modelgui::SolutionBuilderControl {
