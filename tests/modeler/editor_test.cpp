@@ -40,9 +40,6 @@ using lattix::modeler::MainWindow;
 namespace lx = Velmar::Lattix;
 namespace mg = quarn::modelgui;
 
-const auto* const environment =
-    ::testing::AddGlobalTestEnvironment(new modelertest::ApplicationEnvironment);
-
 std::wstring Text(const std::shared_ptr<lx::Model>& model) {
     return lx::ModelFormatFactory::SaveToBuffer(model, lx::ModelFormatFactory::PlainFormatName);
 }

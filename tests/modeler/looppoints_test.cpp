@@ -37,9 +37,6 @@ namespace lx = Velmar::Lattix;
 namespace mg = quarn::modelgui;
 using Conditional = LattixBasic::ConditionalProcess;
 
-const auto* const environment =
-    ::testing::AddGlobalTestEnvironment(new modelertest::ApplicationEnvironment);
-
 const QString kLoopExample = QStringLiteral(LATTIX_SOURCE_DIR "/examples/loop.gmdx");
 
 std::wstring Text(const std::shared_ptr<lx::Model>& model) {

@@ -36,6 +36,11 @@ private:
     std::unique_ptr<QApplication> application;
 };
 
+// Registered here, once for the program however many test files include this header: a second
+// QApplication would crash the program when the environments are torn down.
+inline const auto* const applicationEnvironment =
+    ::testing::AddGlobalTestEnvironment(new ApplicationEnvironment);
+
 inline QStringList ExampleModels() {
     QDir examples(QStringLiteral(LATTIX_SOURCE_DIR "/examples"));
     QStringList paths;
