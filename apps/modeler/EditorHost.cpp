@@ -9,6 +9,7 @@
 #include "LoopPoints.h"
 #include "QuarnLog/ErrorContext.h"
 #include "QuarnLog/Exception.h"
+#include "Velmar/Lattix/BoolData.h"
 #include "Velmar/Lattix/DictionaryData.h"
 #include "Velmar/Lattix/IntData.h"
 #include "Velmar/Lattix/Issue.h"
@@ -22,6 +23,8 @@
 #include "ZML/FlowGraphPart.h"
 #include "modelgui/AddConnection.h"
 #include "modelgui/DrawGraph.h"
+#include "modelgui/FlowControlConnectionPoint.h"
+#include "modelgui/GUIUtils.h"
 #include "modelgui/MessageManager.h"
 #include "modelgui/OperatorNode.h"
 #include "modelgui/PortNode.h"
@@ -326,6 +329,70 @@ void EditorHost::RemoveSelectedOperators() {
     if (!IsEditable()) return;
     const auto scope = BatchUpdateInScope(false);
     GetFlowGraphPart()->UserDeleteSelection();
+}
+
+namespace {
+
+bool ShowsFlowControl(const std::shared_ptr<ZML::FlowGraphPart>& canvas,
+                      const std::shared_ptr<Operator>& op) {
+    return mg::GUIUtils::FindPrevPoint(canvas, op) != nullptr;
+}
+
+bool HasFlowLinks(const std::shared_ptr<ZML::FlowGraphPart>& canvas,
+                  const std::shared_ptr<Operator>& op) {
+    for (const auto& point :
+         {mg::GUIUtils::FindPrevPoint(canvas, op), mg::GUIUtils::FindNextPoint(canvas, op)}) {
+        if (point && !canvas->GetConnections(point).empty()) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+bool EditorHost::CanToggleFlowControl() {
+    if (!IsEditable()) return false;
+    std::vector<std::shared_ptr<Operator>> selected;
+    GetSelectedOperators(selected);
+    return !selected.empty();
+}
+
+bool EditorHost::SelectionShowsFlowControl() {
+    std::vector<std::shared_ptr<Operator>> selected;
+    GetSelectedOperators(selected);
+    const auto canvas = GetFlowGraphPart();
+    return !selected.empty() && std::ranges::all_of(selected, [&canvas](const auto& op) {
+        return ShowsFlowControl(canvas, op);
+    });
+}
+
+std::vector<std::shared_ptr<Operator>> EditorHost::ToggleFlowControl() {
+    std::vector<std::shared_ptr<Operator>> kept;
+    if (!CanToggleFlowControl()) return kept;
+    std::vector<std::shared_ptr<Operator>> selected;
+    GetSelectedOperators(selected);
+    const auto canvas = GetFlowGraphPart();
+    const bool hide = SelectionShowsFlowControl();
+    std::vector<std::shared_ptr<Operator>> changing;
+    for (const auto& op : selected) {
+        if (hide && HasFlowLinks(canvas, op)) {
+            kept.push_back(op);
+        } else if (hide || !ShowsFlowControl(canvas, op)) {
+            changing.push_back(op);
+        }
+    }
+    if (changing.empty()) return kept;
+    const auto scope = BatchUpdateInScope(true);
+    for (const auto& op : changing) {
+        if (hide) {
+            mg::GUIUtils::RemoveFlowControl(canvas, op);
+        } else {
+            mg::GUIUtils::AddFlowControl(canvas, op);
+        }
+        // Written from the node, as a moved node writes it, so the saved state is what is shown.
+        op->SetAttribute(L"FlowControl",
+                         std::make_shared<Velmar::Lattix::BoolData>(ShowsFlowControl(canvas, op)));
+    }
+    return kept;
 }
 
 bool EditorHost::IsEditable() {

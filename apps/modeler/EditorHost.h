@@ -64,6 +64,19 @@ public:
     void SetShowPortNames(bool show);
     void SetShowPortData(bool show);
 
+    // Flow-control points ("Previous" and "Next") of the selected operators, the points a user
+    // draws flow links and loop-body links at. Whether the command applies: the model is editable
+    // and at least one operator is selected.
+    bool CanToggleFlowControl();
+    // Whether every selected operator shows its flow-control points; false when none is selected.
+    bool SelectionShowsFlowControl();
+    // When some selected operator lacks the points, gives them to every selected operator that
+    // lacks them; otherwise takes them from each selected operator with no connection at them.
+    // The "FlowControl" attribute records the new state, and the whole is one change. Returns the
+    // operators that kept their points because links are drawn there: removing the points would
+    // remove those links with them, unasked.
+    std::vector<std::shared_ptr<Velmar::Lattix::Operator>> ToggleFlowControl();
+
     // Called after every recorded change, undo, redo, open, new and save (for titles and menus).
     // Replaces an earlier callback; an empty function clears it.
     void SetStateChangedCallback(std::function<void()> callback);

@@ -120,6 +120,10 @@ QAction* AddItem(QMenu* menu, const QString& text, const QKeySequence& shortcut,
     return action;
 }
 
+QString OperatorCaption(const lx::Operator& op) {
+    return ToQ(op.GetDisplayName().empty() ? op.GetOperatorName() : op.GetDisplayName());
+}
+
 QString SeverityName(lx::Issue::Severity severity) {
     switch (severity) {
         case lx::Issue::Severity::Error:
@@ -148,6 +152,7 @@ struct MainWindowRecord {
     QMenu* recentMenu = nullptr;
     QAction* undo = nullptr;
     QAction* redo = nullptr;
+    QAction* flowControl = nullptr;
 };
 
 MainWindow::MainWindow(QWidget* parent)
@@ -310,6 +315,13 @@ MainWindow::MainWindow(QWidget* parent)
         mainWindowData->host->AddTextAnnotation(text.toStdWString(), static_cast<int>(at.x()),
                                                 static_cast<int>(at.y()));
     });
+    edit->addSeparator();
+    data.flowControl = AddItem(edit, tr("&Flow-Control Points"), QKeySequence(), this,
+                               [this] { ToggleFlowControlPoints(); });
+    data.flowControl->setObjectName(QStringLiteral("flowControlPoints"));
+    data.flowControl->setCheckable(true);
+    // The selection changes without any report to the window, so the state is read on opening.
+    connect(edit, &QMenu::aboutToShow, this, [this] { RefreshFlowControlAction(); });
 
     auto* viewMenu = menuBar()->addMenu(tr("&View"));
     AddItem(viewMenu, tr("Zoom &In"), QKeySequence::ZoomIn, data.view,
@@ -344,6 +356,7 @@ MainWindow::MainWindow(QWidget* parent)
         setWindowModified(host.IsModified());
         mainWindowData->undo->setEnabled(host.GetUndoRedoManager()->CanUndo());
         mainWindowData->redo->setEnabled(host.GetUndoRedoManager()->CanRedo());
+        RefreshFlowControlAction();
     });
     data.host->NewModel();
     resize(1100, 720);
@@ -444,14 +457,42 @@ QImage MainWindow::Screenshot(const QSize& size) {
     return grab().toImage();
 }
 
+void MainWindow::ToggleFlowControlPoints(QStringList* kept) {
+    std::vector<std::shared_ptr<lx::Operator>> keeping;
+    QuarnLog::ErrorContext context("lattix::modeler::MainWindow::ToggleFlowControlPoints",
+                                   __FILE__);
+    if (!context.Run([&] { keeping = mainWindowData->host->ToggleFlowControl(); })) {
+        QMessageBox::warning(this, tr("Flow-control points"), ToQ(context.Text()));
+    }
+    RefreshFlowControlAction();
+    QStringList names;
+    for (const auto& op : keeping) names << OperatorCaption(*op);
+    if (kept) {
+        *kept = names;
+        return;
+    }
+    if (names.isEmpty()) return;
+    QMessageBox::information(
+        this, tr("Flow-control points"),
+        tr("These operators keep their flow-control points because links are drawn at them: "
+           "%1.\nDelete those links first to remove the points.")
+            .arg(names.join(QStringLiteral(", "))));
+}
+
+void MainWindow::RefreshFlowControlAction() {
+    auto& host = *mainWindowData->host;
+    auto* action = mainWindowData->flowControl;
+    action->setEnabled(host.CanToggleFlowControl());
+    action->setChecked(host.SelectionShowsFlowControl());
+}
+
 void MainWindow::RefreshMessages() {
     auto* list = mainWindowData->messages;
     list->clear();
     for (const auto& message : mainWindowData->host->GetMessageManager()->GetMessages()) {
         QString where;
         if (const auto op = message->GetOperator()) {
-            where =
-                ToQ(op->GetDisplayName().empty() ? op->GetOperatorName() : op->GetDisplayName());
+            where = OperatorCaption(*op);
         }
         if (const auto port = message->GetPort()) {
             where += (where.isEmpty() ? QString() : QStringLiteral(".")) + ToQ(port->GetName());

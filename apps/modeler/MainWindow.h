@@ -20,7 +20,8 @@ struct MainWindowRecord;
 // The model editor's main window: the canvas of the edited model in the middle, the operator
 // palette (a categorised list of every operator the factory knows; drag one onto the canvas, or
 // double-click it) on the left, and the message list of the model below. Menus: File (New, Open,
-// Open Recent, Save, Save As, Quit), Edit (Undo, Redo, Delete, Properties, Add Text), View (zoom,
+// Open Recent, Save, Save As, Quit), Edit (Undo, Redo, Delete, Properties, Add Text,
+// Flow-Control Points), View (zoom,
 // zoom to fit, automatic layout, port names, port data). Closing with unsaved changes asks
 // whether to save them.
 //
@@ -53,6 +54,14 @@ public:
     // Shows the window at `size`, fits the model into the canvas, lets pending drawing finish and
     // returns a picture of the whole window.
     QImage Screenshot(const QSize& size);
+
+    // The Flow-Control Points command on the selected operators (see
+    // EditorHost::ToggleFlowControl). The operators that kept their points, named as the message
+    // list names them, go to `kept` when it is not null; otherwise a message box tells them.
+    void ToggleFlowControlPoints(QStringList* kept = nullptr);
+    // Brings the command's enabled and checked state up to date with the selection (done each
+    // time the Edit menu opens and after every change).
+    void RefreshFlowControlAction();
 
     // Re-reads the message list of the model into the list widget (normally done after every
     // change of the list, on this thread).
