@@ -375,10 +375,7 @@ namespace {
 using AttributeList = std::vector<operatorRecord::attribute>;
 
 AttributeList::iterator FindAttribute(AttributeList& list, const std::string& key) {
-    auto found = std::lower_bound(list.begin(), list.end(), key,
-                                  [](const operatorRecord::attribute& entry, const std::string& k) {
-                                      return entry.name < k;
-                                  });
+    auto found = operatorRecord::AttributeAt(list, key);
     return found != list.end() && found->name == key ? found : list.end();
 }
 
@@ -395,10 +392,7 @@ void Operator::SetAttribute(const std::wstring& name, const std::shared_ptr<Data
     auto& list = operatorData->attributes;
     // Operators mostly carry a position and little else. (Before the search: it moves the items.)
     if (list.empty()) list.reserve(4);
-    auto at = std::lower_bound(list.begin(), list.end(), key,
-                               [](const operatorRecord::attribute& entry, const std::string& k) {
-                                   return entry.name < k;
-                               });
+    auto at = operatorRecord::AttributeAt(list, key);
     if (at != list.end() && at->name == key) {
         at->value = value;
         return;

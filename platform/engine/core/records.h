@@ -2,6 +2,7 @@
 
 // The private records of ports, operators and models, and the link bookkeeping that the three
 // classes share (not installed).
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <memory>
@@ -141,6 +142,19 @@ struct operatorRecord {
     // An attribute name's key, and back.
     static std::string KeyOf(const std::wstring& name);
     static std::wstring NameOf(const std::string& key);
+    // Where the attribute of that key is in a list, or would be put.
+    template <typename List>
+    static auto AttributeAt(List& list, const std::string& key) {
+        return std::lower_bound(
+            list.begin(), list.end(), key,
+            [](const attribute& entry, const std::string& k) { return entry.name < k; });
+    }
+    // The attribute of that key in a list, or null.
+    static const attribute* FindAttribute(const std::vector<attribute>& list,
+                                          const std::string& key) {
+        auto at = AttributeAt(list, key);
+        return at != list.end() && at->name == key ? &*at : nullptr;
+    }
     std::vector<std::weak_ptr<Operator>> parents;
 
     // Shared with other threads: guarded by lock.

@@ -4,12 +4,14 @@
 #include <cstring>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
 #include <typeinfo>
 #include <unordered_map>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include <pugixml.hpp>
@@ -155,28 +157,27 @@ bool IsJsonNumber(std::string_view text, bool& integral) {
 // Most values in a model are single numbers: those are read without the JSON parser, into the
 // same kind of number it makes (unsigned, signed or floating). Anything else, or a number that
 // does not fit, goes to the parser.
-JsonValue ParseValue(std::string_view text) {
+// Text that is exactly a JSON number, read into the same kind of number the JSON parser makes of
+// it (unsigned, signed or floating); none for any other text, or a number that does not fit.
+std::optional<std::variant<std::uint64_t, std::int64_t, double>> ReadJsonNumber(
+    std::string_view text) {
     bool integral = false;
-    if (IsJsonNumber(text, integral)) {
-        const char* first = text.data();
-        const char* last = text.data() + text.size();
-        if (!integral) {
-            double number = 0;
-            if (auto [end, error] = std::from_chars(first, last, number);
-                error == std::errc() && end == last)
-                return JsonValue(nlohmann::json(number));
-        } else if (text.front() == '-') {
-            std::int64_t number = 0;
-            if (auto [end, error] = std::from_chars(first, last, number);
-                error == std::errc() && end == last)
-                return JsonValue(nlohmann::json(number));
-        } else {
-            std::uint64_t number = 0;
-            if (auto [end, error] = std::from_chars(first, last, number);
-                error == std::errc() && end == last)
-                return JsonValue(nlohmann::json(number));
-        }
-    }
+    if (!IsJsonNumber(text, integral)) return std::nullopt;
+    auto read =
+        [text](auto number) -> std::optional<std::variant<std::uint64_t, std::int64_t, double>> {
+        auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+        if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+        return number;
+    };
+    if (!integral) return read(double{});
+    return text.front() == '-' ? read(std::int64_t{}) : read(std::uint64_t{});
+}
+
+// Most values in a model are single numbers: those are read without the JSON parser. Anything
+// else, or a number that does not fit, goes to the parser.
+JsonValue ParseValue(std::string_view text) {
+    if (auto number = ReadJsonNumber(text))
+        return std::visit([](auto value) { return JsonValue(nlohmann::json(value)); }, *number);
     return JsonValue::FromText(std::string(text));
 }
 
@@ -231,29 +232,10 @@ private:
 // Reads text that is exactly a JSON number into a double, as DoubleData::FromJson reads the
 // number the JSON parser makes of it; false for any other text.
 bool ReadNumber(std::string_view text, DoubleData& data) {
-    bool integral = false;
-    if (!IsJsonNumber(text, integral)) return false;
-    const char* first = text.data();
-    const char* last = text.data() + text.size();
-    if (integral) {
-        // The parser keeps whole numbers whole; they become doubles only when read.
-        if (text.front() == '-') {
-            std::int64_t whole = 0;
-            auto [end, error] = std::from_chars(first, last, whole);
-            if (error != std::errc() || end != last) return false;
-            data.SetValue(static_cast<double>(whole));
-        } else {
-            std::uint64_t whole = 0;
-            auto [end, error] = std::from_chars(first, last, whole);
-            if (error != std::errc() || end != last) return false;
-            data.SetValue(static_cast<double>(whole));
-        }
-        return true;
-    }
-    double number = 0;
-    auto [end, error] = std::from_chars(first, last, number);
-    if (error != std::errc() || end != last) return false;
-    data.SetValue(number);
+    auto number = ReadJsonNumber(text);
+    if (!number) return false;
+    // Whole numbers stay whole in the parser; they become doubles only when read.
+    data.SetValue(std::visit([](auto value) { return static_cast<double>(value); }, *number));
     return true;
 }
 

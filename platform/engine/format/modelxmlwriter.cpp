@@ -115,12 +115,6 @@ void WriteAttributeChanges(XmlEmitter& out,
 void WriteOperatorAttributeChanges(XmlEmitter& out,
                                    const std::vector<operatorRecord::attribute>& own,
                                    const std::vector<operatorRecord::attribute>& reference) {
-    auto find = [](const std::vector<operatorRecord::attribute>& list, const std::string& key) {
-        auto at = std::lower_bound(list.begin(), list.end(), key,
-                                   [](const operatorRecord::attribute& entry,
-                                      const std::string& k) { return entry.name < k; });
-        return at != list.end() && at->name == key ? &*at : nullptr;
-    };
     auto start = [&out](const std::string& key) {
         out.StartElement(xml::Attribute);
         // Plain ASCII keys are their own UTF-8; any other is converted from its wide name, so
@@ -131,14 +125,14 @@ void WriteOperatorAttributeChanges(XmlEmitter& out,
             out.Attribute(xml::Name, std::wstring_view(operatorRecord::NameOf(key)));
     };
     for (const auto& [key, value] : own) {
-        const auto* found = find(reference, key);
+        const auto* found = operatorRecord::FindAttribute(reference, key);
         if (found && SameData(found->value, value)) continue;
         start(key);
         WriteData(out, value);
         out.EndElement();
     }
     for (const auto& entry : reference) {
-        if (find(own, entry.name)) continue;
+        if (operatorRecord::FindAttribute(own, entry.name)) continue;
         start(entry.name);
         WriteFlag(out, xml::Removed, true);
         out.EndElement();
