@@ -40,9 +40,7 @@ using lattix::modeler::MainWindow;
 namespace lx = Velmar::Lattix;
 namespace mg = quarn::modelgui;
 
-std::wstring Text(const std::shared_ptr<lx::Model>& model) {
-    return lx::ModelFormatFactory::SaveToBuffer(model, lx::ModelFormatFactory::PlainFormatName);
-}
+using modelertest::Text;
 
 bool StoredPosition(const lx::Operator& op, int& x, int& y) {
     const auto px = op.GetAttribute(L"PositionX");
@@ -74,19 +72,11 @@ void AnswerNextMessageBox(QMessageBox::StandardButton button, QString& text) {
     });
 }
 
-class EditorTest : public ::testing::Test {
+class EditorTest : public modelertest::WindowTest {
 protected:
-    void SetUp() override { window = std::make_unique<MainWindow>(); }
-    void TearDown() override {
-        window.reset();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-    lattix::modeler::EditorHost& Host() { return window->Host(); }
     std::shared_ptr<mg::OperatorNode> NodeOf(const std::shared_ptr<lx::Operator>& op) {
-        return mg::GUIUtils::FindOperatorNode(Host().GetFlowGraphPart(), op);
+        return mg::GUIUtils::FindOperatorNode(Canvas(), op);
     }
-
-    std::unique_ptr<MainWindow> window;
 };
 
 // Every example opens without error messages, and its picture shows each operator where the
@@ -180,7 +170,7 @@ TEST_F(EditorTest, CanvasClicksReachTheMouseEventTable) {
                       Inside(*window->View(), *node));
     mg::SolutionBuilderControl::RemoveMouseEventCB(&owner);
     ASSERT_EQ(codes.size(), 2u) << "mousedown and mouseup";
-    EXPECT_EQ(Host().GetFlowGraphPart()->GetSelectedNodes().size(), 1u);
+    EXPECT_EQ(Canvas()->GetSelectedNodes().size(), 1u);
 }
 
 // Deleting a selection with the key removes operators and their links as one change.
@@ -190,7 +180,7 @@ TEST_F(EditorTest, DeleteKeyIsOneUndoableChange) {
     window->Screenshot(QSize(1100, 720));
     const auto before = Text(Host().GetModel());
     const auto count = Host().GetModel()->GetOperators().size();
-    const auto canvas = Host().GetFlowGraphPart();
+    const auto canvas = Canvas();
     canvas->ClearSelection();
     canvas->AddNodeToSelection(NodeOf(Host().GetModel()->GetOperators()[1]));
     QTest::keyClick(window->View(), Qt::Key_Delete);

@@ -32,18 +32,9 @@ using lattix::modeler::MainWindow;
 namespace lx = Velmar::Lattix;
 namespace mg = quarn::modelgui;
 
-std::wstring Text(const std::shared_ptr<lx::Model>& model) {
-    return lx::ModelFormatFactory::SaveToBuffer(model, lx::ModelFormatFactory::PlainFormatName);
-}
+using modelertest::Text;
 
-// The first operator of `model` of the type called `name`, or empty.
-std::shared_ptr<lx::Operator> OperatorOfType(const std::shared_ptr<lx::Model>& model,
-                                             const std::wstring& name) {
-    for (const auto& op : model->GetOperators()) {
-        if (op->GetOperatorName() == name) return op;
-    }
-    return nullptr;
-}
+using modelertest::OperatorOfType;
 
 // The saved "FlowControl" attribute: absent reads as false, as the drawing reads it.
 bool SavedFlowControl(const std::shared_ptr<lx::Operator>& op) {
@@ -57,15 +48,8 @@ QString Caption(const std::shared_ptr<lx::Operator>& op) {
                                                                 : op->GetDisplayName());
 }
 
-class FlowControlTest : public ::testing::Test {
+class FlowControlTest : public modelertest::WindowTest {
 protected:
-    void SetUp() override { window = std::make_unique<MainWindow>(); }
-    void TearDown() override {
-        window.reset();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-    lattix::modeler::EditorHost& Host() { return window->Host(); }
-    std::shared_ptr<ZML::FlowGraphPart> Canvas() { return Host().GetFlowGraphPart(); }
     std::shared_ptr<lx::Operator> Add(const std::wstring& type, int x, int y) {
         auto op = Host().AddOperator(lx::ObjectName(L"TAMARIN", type), x, y);
         EXPECT_NE(op, nullptr) << "no operator type "
@@ -94,8 +78,6 @@ protected:
         window->ToggleFlowControlPoints(&kept);
         return kept;
     }
-
-    std::unique_ptr<MainWindow> window;
 };
 
 // The command follows the selection: disabled with no operator selected, enabled and unchecked

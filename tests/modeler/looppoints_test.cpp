@@ -39,18 +39,9 @@ using Conditional = LattixBasic::ConditionalProcess;
 
 const QString kLoopExample = QStringLiteral(LATTIX_SOURCE_DIR "/examples/loop.gmdx");
 
-std::wstring Text(const std::shared_ptr<lx::Model>& model) {
-    return lx::ModelFormatFactory::SaveToBuffer(model, lx::ModelFormatFactory::PlainFormatName);
-}
+using modelertest::Text;
 
-// The first operator of `model` of the type called `name`, or empty.
-std::shared_ptr<lx::Operator> OperatorOfType(const std::shared_ptr<lx::Model>& model,
-                                             const std::wstring& name) {
-    for (const auto& op : model->GetOperators()) {
-        if (op->GetOperatorName() == name) return op;
-    }
-    return nullptr;
-}
+using modelertest::OperatorOfType;
 
 std::vector<std::wstring> TypeNames(const std::vector<std::shared_ptr<lx::Operator>>& operators) {
     std::vector<std::wstring> names;
@@ -58,15 +49,8 @@ std::vector<std::wstring> TypeNames(const std::vector<std::shared_ptr<lx::Operat
     return names;
 }
 
-class LoopPointsTest : public ::testing::Test {
+class LoopPointsTest : public modelertest::WindowTest {
 protected:
-    void SetUp() override { window = std::make_unique<MainWindow>(); }
-    void TearDown() override {
-        window.reset();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-    lattix::modeler::EditorHost& Host() { return window->Host(); }
-    std::shared_ptr<ZML::FlowGraphPart> Canvas() { return Host().GetFlowGraphPart(); }
     std::shared_ptr<Conditional> Loop() {
         return std::dynamic_pointer_cast<Conditional>(OperatorOfType(Host().GetModel(), L"Loop"));
     }
@@ -89,8 +73,6 @@ protected:
         }
         return operators;
     }
-
-    std::unique_ptr<MainWindow> window;
 };
 
 // The saved loop shows one Body and one Test point; the body links run from Body to each body

@@ -1,7 +1,7 @@
 #pragma once
 
 // What the editor tests share: one QApplication with the toolkit's Qt backend for the whole
-// program, and the example models.
+// program, the example models, a fixture with an editor window, and model helpers.
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,14 @@
 #include <QEvent>
 #include <QStringList>
 #include <memory>
+#include <string>
 
+#include "EditorHost.h"
+#include "MainWindow.h"
+#include "Velmar/Lattix/Model.h"
+#include "Velmar/Lattix/ModelFormatFactory.h"
+#include "Velmar/Lattix/Operator.h"
+#include "ZML/FlowGraphPart.h"
 #include "ZMLQt/QtBackend.h"
 
 namespace modelertest {
@@ -50,5 +57,34 @@ inline QStringList ExampleModels() {
     }
     return paths;
 }
+
+// The model as its plain-format file text.
+inline std::wstring Text(const std::shared_ptr<Velmar::Lattix::Model>& model) {
+    return Velmar::Lattix::ModelFormatFactory::SaveToBuffer(
+        model, Velmar::Lattix::ModelFormatFactory::PlainFormatName);
+}
+
+// The first operator of `model` of the type called `name`, or empty.
+inline std::shared_ptr<Velmar::Lattix::Operator> OperatorOfType(
+    const std::shared_ptr<Velmar::Lattix::Model>& model, const std::wstring& name) {
+    for (const auto& op : model->GetOperators()) {
+        if (op->GetOperatorName() == name) return op;
+    }
+    return nullptr;
+}
+
+// A fresh editor window for each test.
+class WindowTest : public ::testing::Test {
+protected:
+    void SetUp() override { window = std::make_unique<lattix::modeler::MainWindow>(); }
+    void TearDown() override {
+        window.reset();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    lattix::modeler::EditorHost& Host() { return window->Host(); }
+    std::shared_ptr<ZML::FlowGraphPart> Canvas() { return Host().GetFlowGraphPart(); }
+
+    std::unique_ptr<lattix::modeler::MainWindow> window;
+};
 
 }  // namespace modelertest
